@@ -1,0 +1,19 @@
+#pragma once
+
+#include <QString>
+
+// Amount as shown everywhere in the console: fixed decimals, "." as decimal point and ","
+// between groups of three digits, whatever the system locale. A negative amount keeps its
+// sign even when it rounds to zero ("-0.00").
+QString formatoMonto(double monto, int decimales);
+
+// Puts "0" in front of the text until it is `ancho` characters long; never cuts.
+QString rellenarCeros(const QString &texto, int ancho);
+
+// Game name for a game key: the value in SesionGlobal::tablaValores at the index of the last
+// entry of SesionGlobal::tablaClaves equal to the key; "" when none.
+QString buscarValor(const QString &clave);
+
+// Picture of an animal: "animales/<carpeta>/<nombre>.png" when that file exists, otherwise the
+// ".jpg" path (not tested).
+QString rutaImagenAnimal(const QString &carpeta, const QString &nombre);

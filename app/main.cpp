@@ -1,0 +1,13 @@
+#include "ui/mainwindow.h"
+
+#include <QApplication>
+
+int main(int argc, char *argv[])
+{
+    QApplication aplicacion(argc, argv);
+    auto *ventana = new MainWindow;
+    ventana->show();
+    const int codigo = aplicacion.exec();
+    delete ventana;
+    return codigo;
+}
