@@ -38,8 +38,7 @@ QMessageBox *nuevaCaja(QWidget *padre, const QString &titulo, const QString &tex
 
 } // namespace
 
-void mostrarMensaje(QWidget *padre, const QString &titulo, const QString &texto,
-                    IconoMensaje icono)
+void mostrarMensaje(QWidget *padre, const QString &titulo, const QString &texto, IconoMensaje icono)
 {
     QMessageBox *caja = nuevaCaja(padre, titulo, texto, icono);
     caja->exec();
@@ -61,8 +60,8 @@ bool mostrarPregunta(QWidget *padre, const QString &titulo, const QString &texto
 }
 
 bool confirmarAccion(QWidget *padre, const QString &titulo, const QString &texto,
-                     const QString &informativo, const QPixmap &icono,
-                     const QString &textoCancelar, const QString &textoAccion)
+                     const QString &informativo, const QPixmap &icono, const QString &textoCancelar,
+                     const QString &textoAccion)
 {
     QMessageBox caja(padre);
     caja.setWindowTitle(titulo);

@@ -26,8 +26,8 @@ bool mostrarPregunta(QWidget *padre, const QString &titulo, const QString &texto
 // no-role button (`textoCancelar`) and then a yes-role button (`textoAccion`), and an
 // informative text. True only when the yes-role button was chosen.
 bool confirmarAccion(QWidget *padre, const QString &titulo, const QString &texto,
-                     const QString &informativo, const QPixmap &icono,
-                     const QString &textoCancelar, const QString &textoAccion);
+                     const QString &informativo, const QPixmap &icono, const QString &textoCancelar,
+                     const QString &textoAccion);
 
 // The platform's plain box with one standard Ok button, for the few messages that the
 // dialogs give in that form (critical errors of a dialog, the clock warning).

@@ -47,8 +47,7 @@ QString urlPeticion(const QString &ruta, const ItemsConsulta &items)
     return armarUrl(ruta, items).toString(QUrl::FullyEncoded);
 }
 
-QNetworkReply *get(QNetworkAccessManager *manager, const QString &ruta,
-                   const ItemsConsulta &items)
+QNetworkReply *get(QNetworkAccessManager *manager, const QString &ruta, const ItemsConsulta &items)
 {
     return manager->get(QNetworkRequest(armarUrl(ruta, items)));
 }

@@ -23,8 +23,7 @@ QNetworkReply *get(QNetworkAccessManager *manager, const QString &rutaYConsulta)
 
 // Query-object form: items added one by one, "=" between key and value, "&" between items.
 QString urlPeticion(const QString &ruta, const ItemsConsulta &items);
-QNetworkReply *get(QNetworkAccessManager *manager, const QString &ruta,
-                   const ItemsConsulta &items);
+QNetworkReply *get(QNetworkAccessManager *manager, const QString &ruta, const ItemsConsulta &items);
 
 // Reply body as text: Latin-1, one byte per character, cut at the first NUL; a null array
 // gives the empty text.

@@ -50,8 +50,9 @@ private slots:
             return red::get(&nam, "calcularpremios4.php?&f=2026-11-22&j=1&s=10&a=05");
         });
         QCOMPARE(texto, QStringLiteral("cabecera\n"));
-        QCOMPARE(srv.peticiones(),
-                 QStringList{"/Tornavo/TornavoSU/calcularpremios4.php?&f=2026-11-22&j=1&s=10&a=05"});
+        QCOMPARE(
+            srv.peticiones(),
+            QStringList{"/Tornavo/TornavoSU/calcularpremios4.php?&f=2026-11-22&j=1&s=10&a=05"});
     }
 
     void concatenacionNoCodificaDeMas()
@@ -73,8 +74,7 @@ private slots:
         dir.apuntarA(srv.direccion());
         QNetworkAccessManager nam;
         pedir(nam, [&] {
-            return red::get(&nam, "resultadosJuego.php",
-                            {{"f", "2026-11-22"}, {"j", "3"}});
+            return red::get(&nam, "resultadosJuego.php", {{"f", "2026-11-22"}, {"j", "3"}});
         });
         QCOMPARE(srv.peticiones().value(0),
                  QStringLiteral("/Tornavo/TornavoSU/resultadosJuego.php?f=2026-11-22&j=3"));
@@ -98,11 +98,13 @@ private slots:
         ServidorPrueba srv;
         DirectorioTrabajo dir;
         dir.apuntarA(srv.direccion());
-        srv.responder("bancasactivas.php", "1,Pe\xc3\xb1" "a\n");
+        srv.responder("bancasactivas.php", "1,Pe\xc3\xb1"
+                                           "a\n");
         QNetworkAccessManager nam;
         const QString texto = pedir(nam, [&] { return red::get(&nam, "bancasactivas.php"); });
         QCOMPARE(texto.size(), 8);
-        QCOMPARE(texto, QString::fromLatin1("1,Pe\xc3\xb1" "a\n"));
+        QCOMPARE(texto, QString::fromLatin1("1,Pe\xc3\xb1"
+                                            "a\n"));
         QCOMPARE(texto.at(4), QChar(0xC3));
     }
 

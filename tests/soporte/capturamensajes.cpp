@@ -48,8 +48,7 @@ void CapturaMensajes::revisar()
         visto.botones.append(b->text());
         const auto rol = caja->buttonRole(b);
         visto.roles.append(rol);
-        visto.anchosBotones.append(b->minimumWidth() == b->maximumWidth() ? b->minimumWidth()
-                                                                           : 0);
+        visto.anchosBotones.append(b->minimumWidth() == b->maximumWidth() ? b->minimumWidth() : 0);
         if (!deseado.isEmpty() && b->text() == deseado)
             elegido = b;
         if (!primeroAceptar && (rol == QMessageBox::AcceptRole || rol == QMessageBox::YesRole))

@@ -13,9 +13,9 @@ struct MensajeVisto {
     QString texto;
     QString informativo;
     QMessageBox::Icon icono = QMessageBox::NoIcon;
-    QString rutaIcono;        // picture of the console's own box, "" for other boxes
-    int altoIcono = 0;        // height of the icon pixmap
-    QStringList botones;      // texts in the order the box's button row lays them out
+    QString rutaIcono;   // picture of the console's own box, "" for other boxes
+    int altoIcono = 0;   // height of the icon pixmap
+    QStringList botones; // texts in the order the box's button row lays them out
     QList<QMessageBox::ButtonRole> roles;
     QList<int> anchosBotones; // fixed widths (0 when none was set)
     QString pulsado;          // text of the button the catcher pressed

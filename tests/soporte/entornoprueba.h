@@ -35,8 +35,7 @@ struct ResultadoProceso {
     QByteArray errores;
 };
 ResultadoProceso ejecutarEscenario(const QString &escenario, const QStringList &entorno = {},
-                                   int milisegundos = 30000,
-                                   const QString &directorio = QString());
+                                   int milisegundos = 30000, const QString &directorio = QString());
 
 // The scenario this process was started for, "" for the normal test run.
 QString escenarioActual();

@@ -38,8 +38,8 @@ ServidorPrueba::ServidorPrueba() : m_servidor(std::make_unique<httplib::Server>(
         if (demora > 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(demora));
         if (generador) {
-            const QByteArray generado = generador(
-                QString::fromLatin1(req.target.data(), int(req.target.size())));
+            const QByteArray generado =
+                generador(QString::fromLatin1(req.target.data(), int(req.target.size())));
             cuerpo.assign(generado.constData(), std::size_t(generado.size()));
         }
         res.status = 200;
@@ -72,7 +72,8 @@ QString ServidorPrueba::urlBase() const
 void ServidorPrueba::responder(const QString &endpoint, const QByteArray &cuerpo)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
-    m_respuestas[endpoint.toStdString()] = std::string(cuerpo.constData(), std::size_t(cuerpo.size()));
+    m_respuestas[endpoint.toStdString()] =
+        std::string(cuerpo.constData(), std::size_t(cuerpo.size()));
     m_generadores.erase(endpoint.toStdString());
 }
 
