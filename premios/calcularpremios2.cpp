@@ -1,12 +1,528 @@
 #include "premios/calcularpremios2.h"
 #include "ui_calcularpremios2.h"
 
-calcularpremios2::calcularpremios2(QWidget *parent) : QDialog(parent), ui(new Ui::calcularpremios2)
+#include "app/formato.h"
+#include "app/mensaje.h"
+#include "app/red.h"
+#include "app/sesion.h"
+#include "premios/logicapremios.h"
+
+#include <QFile>
+#include <QHeaderView>
+#include <QListWidgetItem>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QPixmap>
+#include <QTableWidgetItem>
+#include <QTimer>
+
+namespace {
+
+const QString textoSinPremios = QStringLiteral(" *** NO HAY PREMIOS *** ");
+const QString estiloSinPremios =
+    QStringLiteral("color: rgb(255, 255, 255);background-color: rgb(224, 27, 36);");
+const QString textoSinRespuestaAccion =
+    QStringLiteral("El servidor no respondio\nNo se pudieron publicar los premios/resultado");
+
+// Height of the animal picture inside the confirmation boxes, the same as the console's other
+// message-box pictures.
+constexpr int altoImagenConfirmacion = 128;
+
+QTableWidgetItem *celdaMonto(double monto)
+{
+    auto *celda = new QTableWidgetItem(formatoMonto(monto, SesionGlobal::decimales));
+    celda->setTextAlignment(Qt::AlignRight | Qt::AlignVCenter);
+    return celda;
+}
+
+} // namespace
+
+calcularpremios2::calcularpremios2(QWidget *parent)
+    : QDialog(parent), fecha(QDate::currentDate()), ui(new Ui::calcularpremios2),
+      managerSorteos(new QNetworkAccessManager(this)),
+      managerResultados(new QNetworkAccessManager(this)),
+      managerCalculo(new QNetworkAccessManager(this)),
+      managerDeshacer(new QNetworkAccessManager(this)),
+      managerPublicar(new QNetworkAccessManager(this)),
+      managerReserva(new QNetworkAccessManager(this))
 {
     ui->setupUi(this);
+    setWindowTitle(QStringLiteral("Calcular Premios"));
+
+    ui->tableWidget_sorteos->setColumnCount(2);
+    ui->tableWidget_sorteos->setHorizontalHeaderLabels(
+        {QStringLiteral("Sorteo"), QStringLiteral("Resultado")});
+    ui->tableWidget_sorteos->setColumnWidth(0, 80);
+    ui->tableWidget_sorteos->setColumnWidth(1, 110);
+
+    ui->tableWidget_calculo->setColumnCount(6);
+    ui->tableWidget_calculo->setHorizontalHeaderLabels(
+        {QStringLiteral("Banca"), QStringLiteral("Agencia"), QStringLiteral("Ticket"),
+         QStringLiteral("Núm"), QStringLiteral("Jugado"), QStringLiteral("Premio")});
+    const int anchos[] = {90, 135, 70, 40, 80, 110};
+    for (int c = 0; c < 6; ++c)
+        ui->tableWidget_calculo->setColumnWidth(c, anchos[c]);
+
+    connect(managerSorteos, &QNetworkAccessManager::finished, this,
+            &calcularpremios2::sorteosRecibidos);
+    connect(managerResultados, &QNetworkAccessManager::finished, this,
+            &calcularpremios2::resultadosRecibidos);
+    connect(managerCalculo, &QNetworkAccessManager::finished, this,
+            &calcularpremios2::calculoRecibido);
+    connect(managerDeshacer, &QNetworkAccessManager::finished, this,
+            &calcularpremios2::deshacerRecibido);
+    connect(managerPublicar, &QNetworkAccessManager::finished, this,
+            &calcularpremios2::publicarRecibido);
+
+    auto *reloj = new QTimer(this);
+    connect(reloj, &QTimer::timeout, this, &calcularpremios2::mhora);
+    reloj->start(500);
+
+    red::get(managerSorteos, QStringLiteral("sorteospremiar3.php"));
+
+    ui->lineEdit_numero->setEnabled(false);
+    ui->pushButton_calcular->setEnabled(false);
+    ui->pushButton_deshacer->setEnabled(false);
+    ui->pushButton_publicar->setEnabled(false);
+    ui->dateEdit_fecha->setDate(SesionGlobal::fechaActual);
+    ui->label_calcular->setText(QStringLiteral("Cargando Juegos"));
+    ui->lineEdit_numero->setFocus();
 }
 
 calcularpremios2::~calcularpremios2()
 {
     delete ui;
+}
+
+// ---------------------------------------------------------------------------------------------
+// Current selection
+
+int calcularpremios2::juegoActual() const
+{
+    const int fila = ui->listWidget_juegos->currentRow();
+    if (fila < 0 || fila >= static_cast<int>(SesionGlobal::tablaClaves.size()))
+        return -1;
+    return fila;
+}
+
+namespace {
+QString valorEn(const std::vector<QString> &tabla, int i)
+{
+    return i >= 0 && i < static_cast<int>(tabla.size()) ? tabla[static_cast<std::size_t>(i)]
+                                                        : QString();
+}
+} // namespace
+
+QString calcularpremios2::claveJuegoActual() const
+{
+    return valorEn(SesionGlobal::tablaClaves, juegoActual());
+}
+
+QString calcularpremios2::nombreJuegoActual() const
+{
+    return valorEn(SesionGlobal::tablaValores, juegoActual());
+}
+
+QString calcularpremios2::sinNombresJuegoActual() const
+{
+    return valorEn(SesionGlobal::tablaAux9, juegoActual());
+}
+
+QString calcularpremios2::tipoJuegoActual() const
+{
+    return valorEn(SesionGlobal::tablaAux10, juegoActual());
+}
+
+QString calcularpremios2::sorteoActual() const
+{
+    return sorteosMostrados.value(ui->tableWidget_sorteos->currentRow());
+}
+
+QString calcularpremios2::etiquetaSorteoActual() const
+{
+    const QTableWidgetItem *celda =
+        ui->tableWidget_sorteos->item(ui->tableWidget_sorteos->currentRow(), 0);
+    return celda ? celda->text() : QString();
+}
+
+QString calcularpremios2::fechaConsulta() const
+{
+    return ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd"));
+}
+
+QPixmap calcularpremios2::imagenAnimal(const QString &numero) const
+{
+    const QString ruta = rutaImagenAnimal(nombreJuegoActual(), numero);
+    if (!QFile::exists(ruta))
+        return QPixmap();
+    return QPixmap(ruta);
+}
+
+void calcularpremios2::mostrarImagenAnimal(const QString &numero)
+{
+    const QPixmap imagen = imagenAnimal(numero);
+    if (imagen.isNull()) {
+        ui->label_imageAnimal->clear();
+        return;
+    }
+    ui->label_imageAnimal->setPixmap(imagen.scaled(ui->label_imageAnimal->size(),
+                                                   Qt::KeepAspectRatio, Qt::SmoothTransformation));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Slots
+
+void calcularpremios2::mostrarResultados(QDate date, QString _juego)
+{
+    Q_UNUSED(date)
+    Q_UNUSED(_juego)
+}
+
+void calcularpremios2::mhora()
+{
+    ui->lineEdit_hora->setText(premios::horaParpadeante(horaActual));
+}
+
+QString calcularpremios2::nombreAnimal(QString _cjuego, QString _canimal)
+{
+    return premios::nombreAnimal(SesionGlobal::tablaClaves, codigosAnimales, nombresAnimales,
+                                 _cjuego, _canimal);
+}
+
+void calcularpremios2::limpiar()
+{
+    ui->label_calcular->setStyleSheet(QString());
+    ui->lineEdit_numero->setEnabled(false);
+    ui->pushButton_calcular->setEnabled(false);
+    ui->pushButton_deshacer->setEnabled(false);
+    ui->pushButton_publicar->setEnabled(false);
+    ui->tableWidget_calculo->setRowCount(0);
+    ui->lineEdit_numero->clear();
+    ui->lineEdit_nombre->clear();
+    ui->label_calcular->clear();
+    ui->label_publicar->clear();
+    ui->lineEdit_totalPremios->clear();
+}
+
+void calcularpremios2::on_dateEdit_fecha_dateChanged(const QDate &date)
+{
+    if (date > SesionGlobal::fechaActual) {
+        ui->dateEdit_fecha->setDate(SesionGlobal::fechaActual);
+        return;
+    }
+    limpiar();
+}
+
+void calcularpremios2::on_listWidget_juegos_itemClicked(QListWidgetItem *item)
+{
+    Q_UNUSED(item)
+    limpiar();
+    ui->tableWidget_sorteos->setRowCount(0);
+    sorteosMostrados.clear();
+    red::get(managerResultados, QStringLiteral("resultadosJuego.php"),
+             {{QStringLiteral("f"), fechaConsulta()}, {QStringLiteral("j"), claveJuegoActual()}});
+}
+
+void calcularpremios2::on_tableWidget_sorteos_clicked(const QModelIndex &index)
+{
+    limpiar();
+    const int fila = index.row();
+    const QTableWidgetItem *etiqueta = ui->tableWidget_sorteos->item(fila, 0);
+    ui->label_calcular->setText(nombreJuegoActual() + QLatin1Char('-') +
+                                (etiqueta ? etiqueta->text() : QString()));
+    const QTableWidgetItem *resultado = ui->tableWidget_sorteos->item(fila, 1);
+    if (!resultado || resultado->text().isEmpty()) {
+        ui->lineEdit_numero->setEnabled(true);
+        ui->pushButton_deshacer->setEnabled(false);
+        ui->lineEdit_numero->setFocus();
+    } else {
+        ui->lineEdit_numero->setEnabled(false);
+        ui->pushButton_deshacer->setEnabled(true);
+    }
+}
+
+void calcularpremios2::on_lineEdit_numero_textChanged(const QString &arg1)
+{
+    ui->label_calcular->setStyleSheet(QString());
+    ui->label_calcular->setText(nombreJuegoActual() + QLatin1Char('-') + etiquetaSorteoActual());
+    ui->pushButton_calcular->setEnabled(false);
+    ui->pushButton_publicar->setEnabled(false);
+    ui->tableWidget_calculo->setRowCount(0);
+    ui->label_publicar->clear();
+    ui->lineEdit_totalPremios->clear();
+    if (!sinNombresJuegoActual().isEmpty())
+        ui->lineEdit_nombre->setText(QString());
+    else
+        ui->lineEdit_nombre->setText(nombreAnimal(claveJuegoActual(), arg1));
+    mostrarImagenAnimal(ui->lineEdit_numero->text());
+    ui->lineEdit_numero->setFocus();
+}
+
+void calcularpremios2::on_lineEdit_numero_returnPressed()
+{
+    const QString texto = ui->lineEdit_numero->text();
+    if (texto.isEmpty())
+        return;
+
+    const QString clave = claveJuegoActual();
+    const premios::Validacion v =
+        premios::validarNumero(texto, tipoJuegoActual(),
+                               [&](const QString &numero) { return nombreAnimal(clave, numero); });
+    if (v.numero != texto)
+        ui->lineEdit_numero->setText(v.numero);
+    if (tipoJuegoActual() == QLatin1String("A"))
+        ui->lineEdit_nombre->setText(v.nombre);
+
+    if (!v.valido) {
+        mensajeSimple(this, QMessageBox::Critical, QStringLiteral("Error"), v.error);
+        limpiar();
+        ui->lineEdit_numero->setEnabled(true);
+        ui->lineEdit_numero->setFocus();
+        return;
+    }
+    ui->pushButton_calcular->setEnabled(true);
+    mostrarImagenAnimal(v.numero);
+}
+
+void calcularpremios2::on_pushButton_calcular_clicked()
+{
+    const QString numero = ui->lineEdit_numero->text();
+    const QString clave = claveJuegoActual();
+    resultadoTexto = numero;
+    if (sinNombresJuegoActual().isEmpty())
+        resultadoTexto = numero + QLatin1Char('-') + nombreAnimal(clave, numero);
+    red::get(managerCalculo, premios::rutaCalculo(fechaConsulta(), clave, sorteoActual(), numero));
+}
+
+void calcularpremios2::on_pushButton_publicar_clicked()
+{
+    const QString f = fechaConsulta();
+    const QString j = claveJuegoActual();
+    const QString s = sorteoActual();
+    const QString a = ui->lineEdit_numero->text();
+    const QString nombreJuego = nombreJuegoActual();
+    const QString etiqueta = etiquetaSorteoActual();
+    QString resultado = a;
+    if (sinNombresJuegoActual() != QLatin1String("X"))
+        resultado = a + QLatin1Char('-') + nombreAnimal(j, a);
+
+    QPixmap icono = imagenAnimal(a);
+    if (!icono.isNull())
+        icono = icono.scaledToHeight(altoImagenConfirmacion, Qt::SmoothTransformation);
+    const QString texto = QStringLiteral("Fecha = ") +
+                          ui->dateEdit_fecha->date().toString(QStringLiteral("dddd dd-MM-yyyy")) +
+                          QStringLiteral("\nSorteo = ") + nombreJuego + QLatin1Char(' ') +
+                          etiqueta + QStringLiteral("\nResultado = ") + resultado;
+    if (!confirmarAccion(this, QStringLiteral("Publicar resultado"), texto,
+                         QStringLiteral("¿ Esta seguro ?"), icono, QStringLiteral("Cancelar"),
+                         QStringLiteral("Publicar")))
+        return;
+
+    ui->label_calcular->setText(QStringLiteral("Publicando..."));
+    red::get(managerPublicar, premios::rutaPublicar(f, j, s, a));
+}
+
+void calcularpremios2::on_pushButton_deshacer_clicked()
+{
+    const QString f = fechaConsulta();
+    const QString j = claveJuegoActual();
+    const QString s = sorteoActual();
+    const QString nombreJuego = nombreJuegoActual();
+    const QString etiqueta = etiquetaSorteoActual();
+    const QTableWidgetItem *celda =
+        ui->tableWidget_sorteos->item(ui->tableWidget_sorteos->currentRow(), 1);
+    const QString mostrado = celda ? celda->text() : QString();
+
+    QPixmap icono = imagenAnimal(mostrado.section(QLatin1Char('-'), 0, 0));
+    if (!icono.isNull())
+        icono = icono.scaledToHeight(altoImagenConfirmacion, Qt::SmoothTransformation);
+    const QString texto =
+        nombreJuego + QLatin1Char(' ') + etiqueta + QStringLiteral(" = ") + mostrado;
+    if (!confirmarAccion(this, QStringLiteral("Deshacer resultado"), texto,
+                         QStringLiteral("¿ Esta seguro de deshacer esta premiación ?"), icono,
+                         QStringLiteral("Cancelar"), QStringLiteral("Deshacer")))
+        return;
+
+    red::get(managerDeshacer, premios::rutaDeshacer(f, j, s));
+}
+
+// ---------------------------------------------------------------------------------------------
+// Replies
+
+void calcularpremios2::sorteosRecibidos(QNetworkReply *respuesta)
+{
+    const QString texto = red::textoRespuesta(respuesta);
+    if (texto.isEmpty()) {
+        mensajeSimple(this, QMessageBox::Critical, QStringLiteral("Error"),
+                      QStringLiteral("¡ No hubo respuesta del servidor !"));
+        respuesta->deleteLater();
+        return;
+    }
+
+    const premios::ListaSorteos lista = premios::analizarSorteos(texto, SesionGlobal::juegos);
+    SesionGlobal::tablaClaves.clear();
+    SesionGlobal::tablaValores.clear();
+    SesionGlobal::tablaAux10.clear();
+    SesionGlobal::tablaAux9.clear();
+    for (const premios::JuegoPremiar &juego : lista.juegos) {
+        auto *item = new QListWidgetItem(juego.nombre, ui->listWidget_juegos);
+        item->setSizeHint(QSize(175, 23));
+        SesionGlobal::tablaClaves.push_back(juego.clave);
+        SesionGlobal::tablaValores.push_back(juego.nombre);
+        SesionGlobal::tablaAux10.push_back(juego.tipo);
+        SesionGlobal::tablaAux9.push_back(juego.sinNombres);
+        codigosAnimales.append(juego.codigos);
+        nombresAnimales.append(juego.nombres);
+    }
+    for (const premios::SorteoPremiar &sorteo : lista.sorteos) {
+        sorteoJuego.append(sorteo.juego);
+        sorteoNombreJuego.append(buscarValor(sorteo.juego));
+        sorteoCodigo.append(sorteo.codigo);
+        sorteoEtiqueta.append(sorteo.etiqueta);
+        sorteoExtra.append(QString());
+    }
+
+    ui->label_calcular->clear();
+    ui->listWidget_juegos->setFocus();
+    respuesta->deleteLater();
+}
+
+void calcularpremios2::resultadosRecibidos(QNetworkReply *respuesta)
+{
+    const QString texto = red::textoRespuesta(respuesta);
+    if (texto.isEmpty()) {
+        mensajeSimple(this, QMessageBox::Critical, QStringLiteral("Error"),
+                      QStringLiteral("No hubo respuesta del servidor"));
+        ui->listWidget_juegos->clearSelection();
+        respuesta->deleteLater();
+        return;
+    }
+
+    const QString clave = claveJuegoActual();
+    ui->tableWidget_sorteos->setRowCount(0);
+    sorteosMostrados.clear();
+    for (int i = 0; i < sorteoJuego.size(); ++i) {
+        if (sorteoJuego.at(i) != clave)
+            continue;
+        const int fila = ui->tableWidget_sorteos->rowCount();
+        ui->tableWidget_sorteos->insertRow(fila);
+        ui->tableWidget_sorteos->setItem(fila, 0, new QTableWidgetItem(sorteoEtiqueta.at(i)));
+        ui->tableWidget_sorteos->setItem(fila, 1, new QTableWidgetItem(QString()));
+        sorteosMostrados.append(sorteoCodigo.at(i));
+    }
+
+    const QString sinNombres = sinNombresJuegoActual();
+    const QString tipo = tipoJuegoActual();
+    for (const premios::ResultadoSorteo &r : premios::analizarResultados(texto)) {
+        const QString mostrado = premios::resultadoMostrado(r.resultado, sinNombres, tipo,
+                                                            nombreAnimal(clave, r.resultado));
+        for (int fila = 0; fila < sorteosMostrados.size(); ++fila) {
+            if (sorteosMostrados.at(fila) == r.sorteo)
+                ui->tableWidget_sorteos->item(fila, 1)->setText(mostrado);
+        }
+    }
+
+    int pendiente = -1;
+    for (int fila = 0; fila < sorteosMostrados.size(); ++fila) {
+        if (ui->tableWidget_sorteos->item(fila, 1)->text().isEmpty()) {
+            pendiente = fila;
+            break;
+        }
+    }
+    if (pendiente >= 0) {
+        ui->tableWidget_sorteos->setCurrentCell(pendiente, 0);
+        on_tableWidget_sorteos_clicked(ui->tableWidget_sorteos->model()->index(pendiente, 0));
+    } else {
+        ui->lineEdit_numero->setFocus();
+    }
+    respuesta->deleteLater();
+}
+
+void calcularpremios2::calculoRecibido(QNetworkReply *respuesta)
+{
+    const QString texto = red::textoRespuesta(respuesta);
+    if (texto.isEmpty()) {
+        mensajeSimple(this, QMessageBox::Critical, QStringLiteral("Error"),
+                      QStringLiteral("El servidor no responde"));
+        respuesta->deleteLater();
+        managerCalculo->clearAccessCache();
+        return;
+    }
+
+    ui->tableWidget_calculo->setRowCount(0);
+    const premios::Calculo calculo = premios::analizarCalculo(texto);
+    for (const premios::Premio &p : calculo.filas) {
+        const int fila = ui->tableWidget_calculo->rowCount();
+        ui->tableWidget_calculo->insertRow(fila);
+        ui->tableWidget_calculo->setItem(fila, 0, new QTableWidgetItem(p.banca));
+        ui->tableWidget_calculo->setItem(fila, 1, new QTableWidgetItem(p.agencia));
+        ui->tableWidget_calculo->setItem(fila, 2, new QTableWidgetItem(p.ticket));
+        ui->tableWidget_calculo->setItem(fila, 3, new QTableWidgetItem(p.numero));
+        ui->tableWidget_calculo->setItem(fila, 4, celdaMonto(p.jugado));
+        ui->tableWidget_calculo->setItem(fila, 5, celdaMonto(p.premio));
+    }
+
+    ui->label_publicar->setText(ui->label_calcular->text() + QStringLiteral(" => ") +
+                                resultadoTexto);
+    ui->pushButton_publicar->setEnabled(true);
+    ui->lineEdit_totalPremios->setText(formatoMonto(calculo.total, SesionGlobal::decimales));
+    if (calculo.total == 0.0) {
+        ui->label_calcular->setText(textoSinPremios);
+        ui->label_calcular->setStyleSheet(estiloSinPremios);
+    }
+    respuesta->deleteLater();
+    managerCalculo->clearAccessCache();
+}
+
+void calcularpremios2::publicarRecibido(QNetworkReply *respuesta)
+{
+    const QString texto = red::textoRespuesta(respuesta);
+    respuesta->deleteLater();
+    switch (premios::clasificarRespuesta(texto)) {
+    case premios::Respuesta::SinRespuesta:
+        mostrarMensaje(this, QStringLiteral("Error"), textoSinRespuestaAccion, IconoMensaje::Error);
+        return;
+    case premios::Respuesta::Rechazada:
+        ui->label_calcular->clear();
+        mostrarMensaje(this, QStringLiteral("Atención"),
+                       QStringLiteral("Este sorteo ya fué publicado"), IconoMensaje::Advertencia);
+        return;
+    case premios::Respuesta::Hecha:
+        break;
+    }
+    ui->label_calcular->clear();
+    if (QTableWidgetItem *celda =
+            ui->tableWidget_sorteos->item(ui->tableWidget_sorteos->currentRow(), 1))
+        celda->setText(resultadoTexto);
+    mostrarMensaje(this, QStringLiteral("Exito"),
+                   QStringLiteral("Se publicó exitosamente el resultado"), IconoMensaje::Exito);
+    limpiar();
+}
+
+void calcularpremios2::deshacerRecibido(QNetworkReply *respuesta)
+{
+    const QString texto = red::textoRespuesta(respuesta);
+    respuesta->deleteLater();
+    ui->label_calcular->clear();
+    switch (premios::clasificarRespuesta(texto)) {
+    case premios::Respuesta::SinRespuesta:
+        mostrarMensaje(this, QStringLiteral("Error"), textoSinRespuestaAccion, IconoMensaje::Error);
+        ui->lineEdit_numero->setFocus();
+        return;
+    case premios::Respuesta::Rechazada:
+        mostrarMensaje(this, QStringLiteral("Atención"),
+                       QStringLiteral("Algo salio mal, vuelva a intentarlo"),
+                       IconoMensaje::Advertencia);
+        return;
+    case premios::Respuesta::Hecha:
+        break;
+    }
+    const int fila = ui->tableWidget_sorteos->currentRow();
+    if (fila >= 0)
+        ui->tableWidget_sorteos->setItem(fila, 1, new QTableWidgetItem(resultadoTexto));
+    mostrarMensaje(this, QStringLiteral("Exito"), QStringLiteral("Se deshizo el resultado"),
+                   IconoMensaje::Exito);
+    if (QTableWidgetItem *celda = ui->tableWidget_sorteos->item(fila, 1))
+        celda->setText(QString());
+    ui->pushButton_deshacer->setEnabled(false);
 }

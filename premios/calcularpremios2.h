@@ -1,11 +1,22 @@
 #pragma once
 
+#include <QDate>
 #include <QDialog>
+#include <QModelIndex>
+#include <QString>
+#include <QStringList>
+
+class QListWidgetItem;
+class QNetworkAccessManager;
+class QNetworkReply;
+class QPixmap;
 
 namespace Ui {
 class calcularpremios2;
 }
 
+// Prize calculation: pick a game and one of its draws of a date, type the draw's result, see
+// what it pays, then publish it or undo a published one.
 class calcularpremios2 : public QDialog {
     Q_OBJECT
 
@@ -13,6 +24,58 @@ public:
     explicit calcularpremios2(QWidget *parent = nullptr);
     ~calcularpremios2() override;
 
+public slots:
+    void mostrarResultados(QDate date, QString _juego);
+    void mhora();
+    QString nombreAnimal(QString _cjuego, QString _canimal);
+    void limpiar();
+
+private slots:
+    void on_dateEdit_fecha_dateChanged(const QDate &date);
+    void on_listWidget_juegos_itemClicked(QListWidgetItem *item);
+    void on_tableWidget_sorteos_clicked(const QModelIndex &index);
+    void on_pushButton_publicar_clicked();
+    void on_pushButton_calcular_clicked();
+    void on_pushButton_deshacer_clicked();
+    void on_lineEdit_numero_returnPressed();
+    void on_lineEdit_numero_textChanged(const QString &arg1);
+
 private:
+    // Reply handlers, one per request kind.
+    void sorteosRecibidos(QNetworkReply *respuesta);
+    void resultadosRecibidos(QNetworkReply *respuesta);
+    void calculoRecibido(QNetworkReply *respuesta);
+    void deshacerRecibido(QNetworkReply *respuesta);
+    void publicarRecibido(QNetworkReply *respuesta);
+
+    // Index of the current game in the session's game vectors, -1 when none.
+    int juegoActual() const;
+    QString claveJuegoActual() const;
+    QString nombreJuegoActual() const;
+    QString sinNombresJuegoActual() const;
+    QString tipoJuegoActual() const;
+    QString sorteoActual() const;
+    QString etiquetaSorteoActual() const;
+    QString fechaConsulta() const;
+    // Picture of an animal of the current game; null when the file is missing.
+    QPixmap imagenAnimal(const QString &numero) const;
+    void mostrarImagenAnimal(const QString &numero);
+
+    QDate fecha;
+    QStringList codigosAnimales;
+    QStringList nombresAnimales;
+    QStringList sorteoJuego;
+    QStringList sorteoNombreJuego;
+    QStringList sorteoCodigo;
+    QStringList sorteoEtiqueta;
+    QStringList sorteoExtra;
+    QStringList sorteosMostrados;
+    QString resultadoTexto;
     Ui::calcularpremios2 *ui;
+    QNetworkAccessManager *managerSorteos;
+    QNetworkAccessManager *managerResultados;
+    QNetworkAccessManager *managerCalculo;
+    QNetworkAccessManager *managerDeshacer;
+    QNetworkAccessManager *managerPublicar;
+    QNetworkAccessManager *managerReserva; // created with the others, not used
 };
