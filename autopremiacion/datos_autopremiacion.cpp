@@ -1,0 +1,221 @@
+#include "autopremiacion/datos_autopremiacion.h"
+
+#include <QFile>
+#include <QFileInfo>
+
+void ListasResultado::limpiar()
+{
+    resultadoClaveJuego.clear();
+    resultadoNombreJuego.clear();
+    resultadoClaveSorteo.clear();
+    resultadoEtiqueta.clear();
+    resultadoValor.clear();
+    resultadoExtra.clear();
+    resultadoHora.clear();
+}
+
+QStringList lineasRespuesta(const QString &texto)
+{
+    return texto.split(QLatin1Char('\n'), Qt::SkipEmptyParts);
+}
+
+QStringList camposLinea(const QString &linea, int minimo)
+{
+    QStringList campos = linea.split(QLatin1Char(','));
+    while (campos.size() < minimo)
+        campos.append(QString());
+    return campos;
+}
+
+QVector<JuegoNuevo> agregarSorteos(const QString &texto, QStringList &nombresListados,
+                                   ListasJuego &juegos, ListasSorteo &sorteos,
+                                   QStringList &listaScripts)
+{
+    QVector<JuegoNuevo> nuevos;
+    const QStringList lineas = lineasRespuesta(texto);
+    for (const QString &linea : lineas) {
+        const QStringList c = camposLinea(linea, 8);
+        if (!nombresListados.contains(c.at(1))) {
+            nombresListados.append(c.at(1));
+            nuevos.append({c.at(1), c.at(6)});
+            juegos.clavesJuego.append(c.at(0));
+            juegos.juegoAuto.append(c.at(6));
+            juegos.juegoScript.append(c.at(7));
+            if (c.at(6) == marcaAutomatica)
+                listaScripts.append(c.at(7) + QStringLiteral(".py"));
+        }
+        sorteos.sorteoClaveJuego.append(c.at(0));
+        sorteos.sorteoNombreJuego.append(c.at(1));
+        sorteos.sorteoClave.append(c.at(2));
+        sorteos.sorteoEtiqueta.append(c.at(3));
+        sorteos.sorteoCampo4.append(c.at(4));
+        sorteos.sorteoCampo5.append(c.at(5));
+        sorteos.sorteoResultado.append(QString());
+        sorteos.sorteoScript.append(c.at(7));
+    }
+    return nuevos;
+}
+
+QString etiquetaSorteo(const ListasSorteo &sorteos, int i)
+{
+    return sorteos.sorteoNombreJuego.value(i) + QLatin1Char('-') + sorteos.sorteoEtiqueta.value(i);
+}
+
+QStringList etiquetasSorteos(const ListasSorteo &sorteos, bool soloPendientes)
+{
+    QStringList etiquetas;
+    for (int i = 0; i < sorteos.cantidad(); ++i) {
+        if (soloPendientes && !sorteos.sorteoResultado.value(i).isEmpty())
+            continue;
+        etiquetas.append(etiquetaSorteo(sorteos, i));
+    }
+    return etiquetas;
+}
+
+QStringList archivosResultado(const ListasJuego &juegos)
+{
+    QStringList archivos;
+    for (int i = 0; i < juegos.cantidad(); ++i) {
+        if (juegos.juegoAuto.value(i) == marcaAutomatica)
+            archivos.append(juegos.juegoScript.value(i) + QStringLiteral(".txt"));
+    }
+    return archivos;
+}
+
+QStringList scriptsEnHorario(const ListasJuego &juegos, const QTime &hora)
+{
+    QStringList scripts;
+    for (int i = 0; i < juegos.cantidad(); ++i) {
+        if (juegos.juegoAuto.value(i) != marcaAutomatica)
+            continue;
+        const int t = hora.toString(QStringLiteral("hhmmss")).toInt();
+        if (t > 83000 && t < 210000)
+            scripts.append(juegos.juegoScript.value(i) + QStringLiteral(".py"));
+    }
+    return scripts;
+}
+
+QVector<FilaResultado> aplicarResultados(const QString &texto, ListasResultado &resultados,
+                                         ListasSorteo &sorteos)
+{
+    resultados.limpiar();
+    for (QString &r : sorteos.sorteoResultado)
+        r.clear();
+
+    QVector<FilaResultado> filas;
+    const QStringList lineas = lineasRespuesta(texto);
+    for (const QString &linea : lineas) {
+        const QStringList c = camposLinea(linea, 8);
+        FilaResultado fila;
+        fila.sorteo = c.at(1) + QLatin1Char(' ') + c.at(4);
+        fila.resultado =
+            c.at(2) == marcaAutomatica ? c.at(5) : c.at(5) + QLatin1Char('-') + c.at(6);
+        fila.hora = QTime::fromString(c.at(7)).toString(QStringLiteral("h:mm ap"));
+        filas.append(fila);
+
+        resultados.resultadoClaveJuego.append(c.at(0));
+        resultados.resultadoNombreJuego.append(c.at(1));
+        resultados.resultadoClaveSorteo.append(c.at(3));
+        resultados.resultadoEtiqueta.append(c.at(4));
+        resultados.resultadoValor.append(c.at(5));
+        resultados.resultadoExtra.append(c.at(6));
+        resultados.resultadoHora.append(c.at(7));
+
+        for (int i = 0; i < sorteos.cantidad(); ++i) {
+            if (sorteos.sorteoClaveJuego.at(i) == c.at(0) && sorteos.sorteoClave.at(i) == c.at(3))
+                sorteos.sorteoResultado[i] = c.at(5);
+        }
+    }
+    return filas;
+}
+
+QString textoReloj(const QTime &hora)
+{
+    return hora.toString(hora.second() % 2 == 0 ? QStringLiteral("h;mm;ss ap")
+                                                : QStringLiteral("h:mm:ss ap"));
+}
+
+int desfaseServidor(const QString &texto, const QTime &reloj)
+{
+    const QTime servidor =
+        QTime::fromString(texto.split(QLatin1Char('\n')).value(4), QStringLiteral("hh:mm:ss"));
+    if (!servidor.isValid() || !reloj.isValid())
+        return 0;
+    return reloj.secsTo(servidor);
+}
+
+QStringList leerArchivoResultado(const QString &ruta, qint64 limiteBytes)
+{
+    // Only plain files: opening a pipe left under the name would wait for a writer.
+    const QFileInfo info(ruta);
+    if (!info.exists() || !info.isFile())
+        return {};
+    QFile archivo(ruta);
+    if (!archivo.open(QIODevice::ReadOnly))
+        return {};
+    QByteArray datos = archivo.read(limiteBytes + 1);
+    archivo.close();
+    if (datos.size() > limiteBytes) {
+        // Cut by the limit: the last line is incomplete, keep only whole lines.
+        datos.truncate(limiteBytes);
+        const int fin = datos.lastIndexOf('\n');
+        datos.truncate(fin < 0 ? 0 : fin + 1);
+    }
+    if (datos.isEmpty())
+        return {};
+    if (datos.endsWith('\n'))
+        datos.chop(1);
+    QStringList lineas =
+        QString::fromUtf8(datos.constData(), datos.size()).split(QLatin1Char('\n'));
+    for (QString &linea : lineas) {
+        if (linea.endsWith(QLatin1Char('\r')))
+            linea.chop(1);
+    }
+    return lineas;
+}
+
+QVector<Premiacion> premiacionesDeArchivo(const QStringList &lineas, const QString &fechaHoy,
+                                          const ListasResultado &resultados,
+                                          const ListasSorteo &sorteos, QString &etiqueta)
+{
+    QVector<Premiacion> premiaciones;
+    if (lineas.size() < 2 || lineas.first() != fechaHoy)
+        return premiaciones;
+
+    const int ultima = qMin(lineas.size(), limiteLineasArchivo + 1);
+    for (int n = 1; n < ultima; ++n) {
+        const QStringList c = camposLinea(lineas.at(n), 3);
+        const QString &j = c.at(0);
+        const QString &s = c.at(1);
+        const QString &a = c.at(2);
+
+        bool publicado = false;
+        const QString clave = j + s;
+        for (int r = 0; r < resultados.cantidad() && !publicado; ++r)
+            publicado =
+                resultados.resultadoClaveJuego.at(r) + resultados.resultadoClaveSorteo.at(r) ==
+                clave;
+        if (publicado || a.isEmpty())
+            continue;
+
+        for (int i = 0; i < sorteos.cantidad(); ++i) {
+            if (sorteos.sorteoClaveJuego.at(i) == j && sorteos.sorteoClave.at(i) == s)
+                etiqueta = etiquetaSorteo(sorteos, i);
+        }
+        premiaciones.append({j, s, a, etiqueta});
+    }
+    return premiaciones;
+}
+
+QString consultaPremiacion(const Premiacion &premiacion)
+{
+    return QStringLiteral("autopremiar.php?&j=") + premiacion.juego + QStringLiteral("&s=") +
+           premiacion.sorteo + QStringLiteral("&a=") + premiacion.valor;
+}
+
+QStringList registroPremiacion(const QTime &hora, const Premiacion &premiacion)
+{
+    return {QLatin1Char('<') + hora.toString(QStringLiteral("h:mm ap")) + QStringLiteral("> ") +
+                QStringLiteral("Premiando :"),
+            premiacion.etiqueta + QStringLiteral(" -> ") + premiacion.valor};
+}
