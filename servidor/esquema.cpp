@@ -1,0 +1,170 @@
+#include "servidor/esquema.h"
+
+#include "servidor/basedatos.h"
+
+namespace servidor {
+
+namespace {
+
+// Version 1: the whole back office. Amounts are whole cents; numbers played and results are
+// text, because "0" and "00" are different animals.
+const char *const esquemaV1 = R"SQL(
+CREATE TABLE superbancas(
+    id INTEGER PRIMARY KEY,
+    codigo TEXT NOT NULL UNIQUE,
+    nombre TEXT NOT NULL);
+CREATE TABLE bancas(
+    id INTEGER PRIMARY KEY,
+    codigo TEXT NOT NULL UNIQUE,
+    nombre TEXT NOT NULL,
+    superbanca_id INTEGER REFERENCES superbancas(id),
+    activa INTEGER NOT NULL DEFAULT 1);
+CREATE TABLE jefes(
+    id INTEGER PRIMARY KEY,
+    banca_id INTEGER NOT NULL REFERENCES bancas(id),
+    codigo TEXT NOT NULL,
+    nombre TEXT NOT NULL,
+    UNIQUE(banca_id, codigo));
+CREATE TABLE agencias(
+    id INTEGER PRIMARY KEY,
+    jefe_id INTEGER NOT NULL REFERENCES jefes(id),
+    codigo TEXT NOT NULL,
+    nombre TEXT NOT NULL,
+    UNIQUE(jefe_id, codigo));
+CREATE TABLE taquillas(
+    id INTEGER PRIMARY KEY,
+    agencia_id INTEGER NOT NULL REFERENCES agencias(id),
+    codigo TEXT NOT NULL,
+    nombre TEXT NOT NULL,
+    UNIQUE(agencia_id, codigo));
+CREATE TABLE juegos(
+    id INTEGER PRIMARY KEY,
+    clave TEXT NOT NULL UNIQUE,
+    nombre TEXT NOT NULL,
+    tipo TEXT NOT NULL CHECK(tipo IN ('A', 'N', 'T')),
+    sin_nombres TEXT NOT NULL DEFAULT '',
+    automatico TEXT NOT NULL DEFAULT '',
+    script TEXT NOT NULL DEFAULT '',
+    activo INTEGER NOT NULL DEFAULT 1);
+CREATE TABLE animales(
+    juego_id INTEGER NOT NULL REFERENCES juegos(id),
+    orden INTEGER NOT NULL,
+    numero TEXT NOT NULL,
+    nombre TEXT NOT NULL,
+    PRIMARY KEY(juego_id, numero));
+CREATE TABLE sorteos(
+    id INTEGER PRIMARY KEY,
+    juego_id INTEGER NOT NULL REFERENCES juegos(id),
+    clave TEXT NOT NULL,
+    etiqueta TEXT NOT NULL,
+    hora TEXT NOT NULL,
+    activo INTEGER NOT NULL DEFAULT 1,
+    divisor INTEGER NOT NULL CHECK(divisor > 0),
+    dividendo INTEGER NOT NULL CHECK(dividendo >= 0),
+    UNIQUE(juego_id, clave));
+CREATE TABLE comisiones_agencia(
+    agencia_id INTEGER NOT NULL REFERENCES agencias(id),
+    juego_id INTEGER NOT NULL REFERENCES juegos(id),
+    porcentaje REAL NOT NULL,
+    PRIMARY KEY(agencia_id, juego_id));
+CREATE TABLE comisiones_banca(
+    banca_id INTEGER NOT NULL REFERENCES bancas(id),
+    juego_id INTEGER NOT NULL REFERENCES juegos(id),
+    comision REAL NOT NULL,
+    participacion REAL NOT NULL,
+    PRIMARY KEY(banca_id, juego_id));
+CREATE TABLE usuarios(
+    id INTEGER PRIMARY KEY,
+    usuario TEXT NOT NULL UNIQUE,
+    clave_hash TEXT NOT NULL,
+    nombre TEXT NOT NULL,
+    acceso TEXT NOT NULL DEFAULT '',
+    opciones TEXT NOT NULL DEFAULT '',
+    juegos TEXT NOT NULL DEFAULT '',
+    bancas TEXT NOT NULL DEFAULT '',
+    superbanca TEXT NOT NULL DEFAULT '',
+    juegos_reporte TEXT NOT NULL DEFAULT '');
+CREATE TABLE tickets(
+    id INTEGER PRIMARY KEY,
+    taquilla_id INTEGER NOT NULL REFERENCES taquillas(id),
+    fecha TEXT NOT NULL,
+    hora TEXT NOT NULL,
+    numero INTEGER NOT NULL,
+    serial TEXT NOT NULL,
+    UNIQUE(taquilla_id, fecha, numero));
+CREATE TABLE jugadas(
+    id INTEGER PRIMARY KEY,
+    ticket_id INTEGER NOT NULL REFERENCES tickets(id),
+    sorteo_id INTEGER NOT NULL REFERENCES sorteos(id),
+    fecha TEXT NOT NULL,
+    hora TEXT NOT NULL,
+    numero TEXT NOT NULL,
+    monto INTEGER NOT NULL CHECK(monto > 0),
+    eliminada INTEGER NOT NULL DEFAULT 0,
+    pagada INTEGER NOT NULL DEFAULT 0);
+CREATE INDEX jugadas_sorteo ON jugadas(sorteo_id, fecha, numero);
+CREATE INDEX jugadas_fecha ON jugadas(fecha);
+CREATE INDEX tickets_taquilla ON tickets(taquilla_id);
+CREATE TABLE resultados(
+    id INTEGER PRIMARY KEY,
+    sorteo_id INTEGER NOT NULL REFERENCES sorteos(id),
+    fecha TEXT NOT NULL,
+    resultado TEXT NOT NULL,
+    hora TEXT NOT NULL,
+    usuario TEXT NOT NULL DEFAULT '',
+    UNIQUE(sorteo_id, fecha));
+CREATE TABLE premios(
+    id INTEGER PRIMARY KEY,
+    resultado_id INTEGER NOT NULL REFERENCES resultados(id) ON DELETE CASCADE,
+    jugada_id INTEGER NOT NULL UNIQUE REFERENCES jugadas(id),
+    monto INTEGER NOT NULL);
+CREATE INDEX premios_resultado ON premios(resultado_id);
+CREATE TABLE sesiones(
+    direccion TEXT PRIMARY KEY,
+    usuario TEXT NOT NULL,
+    momento TEXT NOT NULL);
+CREATE TABLE auditoria(
+    id INTEGER PRIMARY KEY,
+    momento TEXT NOT NULL,
+    direccion TEXT NOT NULL,
+    usuario TEXT NOT NULL,
+    accion TEXT NOT NULL,
+    detalle TEXT NOT NULL);
+-- The audit log only grows.
+CREATE TRIGGER auditoria_sin_cambios BEFORE UPDATE ON auditoria
+BEGIN SELECT RAISE(ABORT, 'la auditoria no se modifica'); END;
+CREATE TRIGGER auditoria_sin_borrado BEFORE DELETE ON auditoria
+BEGIN SELECT RAISE(ABORT, 'la auditoria no se borra'); END;
+-- No sale for a draw whose result is out.
+CREATE TRIGGER jugadas_sin_resultado BEFORE INSERT ON jugadas
+WHEN EXISTS (SELECT 1 FROM resultados r WHERE r.sorteo_id = NEW.sorteo_id AND r.fecha = NEW.fecha)
+BEGIN SELECT RAISE(ABORT, 'el sorteo ya tiene resultado'); END;
+)SQL";
+
+int versionActual(sqlite3 *db)
+{
+    Sentencia st(db, "PRAGMA user_version");
+    return st.paso() ? static_cast<int>(st.entero(0)) : 0;
+}
+
+} // namespace
+
+void prepararEsquema(sqlite3 *db)
+{
+    sqlite3_busy_timeout(db, 10000);
+    ejecutarSql(db, "PRAGMA journal_mode=WAL");
+    ejecutarSql(db, "PRAGMA foreign_keys=ON");
+    ejecutarSql(db, "PRAGMA synchronous=NORMAL");
+    if (versionActual(db) < 1) {
+        Transaccion t(db);
+        // Read again under the write lock: another process may have created it meanwhile.
+        if (versionActual(db) < 1) {
+            ejecutarSql(db, esquemaV1);
+            ejecutarSql(db, "PRAGMA user_version=1");
+        }
+        t.confirmar();
+    }
+    // Later versions add their steps here, each in its own transaction.
+}
+
+} // namespace servidor
