@@ -1,12 +1,528 @@
 #include "monitor/monitor2.h"
 #include "ui_Monitor2.h"
 
+#include "app/formato.h"
+#include "app/red.h"
+#include "app/sesion.h"
+#include "monitor/modelojugadas.h"
+
+#include <QDebug>
+#include <QHeaderView>
+#include <QItemSelectionModel>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QTableWidget>
+#include <QTableWidgetItem>
+#include <QTimer>
+
+namespace {
+
+const QString kEstiloEncabezado =
+    QStringLiteral("background-color: rgb(0, 98, 147);\ncolor: rgb(255, 255, 255);");
+constexpr Qt::Alignment kDerecha = Qt::AlignRight | Qt::AlignVCenter;
+
+QString monto(double valor)
+{
+    return formatoMonto(valor, SesionGlobal::decimales);
+}
+
+QTableWidgetItem *celda(const QString &texto)
+{
+    return new QTableWidgetItem(texto);
+}
+
+QTableWidgetItem *celda(const QString &texto, Qt::Alignment alineacion)
+{
+    auto *item = new QTableWidgetItem(texto);
+    item->setTextAlignment(int(alineacion));
+    return item;
+}
+
+void anchos(QTableView *tabla, const QList<int> &valores)
+{
+    for (int c = 0; c < valores.size(); ++c)
+        tabla->setColumnWidth(c, valores.at(c));
+}
+
+} // namespace
+
+QString textoReloj(const QTime &hora)
+{
+    return hora.toString(hora.second() % 2 == 1 ? QStringLiteral("h:mm:ss ap")
+                                                : QStringLiteral("h;mm;ss ap"));
+}
+
 Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
 {
     ui->setupUi(this);
+    setWindowTitle(QStringLiteral("Monitorear Ventas"));
+    m_modelo = new ModeloJugadas(this);
+    configurarTablas();
+
+    m_redSorteos = new QNetworkAccessManager(this);
+    connect(m_redSorteos, &QNetworkAccessManager::finished, this, &Monitor2::respuestaSorteos);
+    m_redBancas = new QNetworkAccessManager(this);
+    connect(m_redBancas, &QNetworkAccessManager::finished, this, &Monitor2::respuestaBancas);
+    red::get(m_redBancas, QStringLiteral("bancasactivas.php"));
+    m_redAgencias = new QNetworkAccessManager(this);
+    connect(m_redAgencias, &QNetworkAccessManager::finished, this, &Monitor2::respuestaAgencias);
+    red::get(m_redAgencias, QStringLiteral("monitoragencias.php"));
+    m_redResultados = new QNetworkAccessManager(this);
+    connect(m_redResultados, &QNetworkAccessManager::finished, this,
+            &Monitor2::respuestaResultados);
+    m_redVentas = new QNetworkAccessManager(this);
+    connect(m_redVentas, &QNetworkAccessManager::finished, this, &Monitor2::respuestaVentas);
+
+    ui->tabWidget_numeros->setCurrentIndex(1);
+
+    m_timer = new QTimer(this);
+    connect(m_timer, &QTimer::timeout, this, &Monitor2::mhora);
+    m_timer->start(500);
+
+    ui->dateEdit_fecha->setDate(SesionGlobal::fechaActual);
+    cargarSoreos();
 }
 
 Monitor2::~Monitor2()
 {
     delete ui;
+}
+
+void Monitor2::configurarTablas()
+{
+    const auto preparar = [](QTableWidget *tabla, const QStringList &columnas) {
+        tabla->setColumnCount(columnas.size());
+        tabla->setHorizontalHeaderLabels(columnas);
+    };
+    preparar(ui->tableWidget_resumen_numeros, {"#", "Nombre", "Monto", "#\nJug"});
+    anchos(ui->tableWidget_resumen_numeros, {50, 85, 80, 50});
+    preparar(ui->tableWidget_resumen_agencias, {"Banca", "Nombre Agencia", "Monto"});
+    anchos(ui->tableWidget_resumen_agencias, {90, 125, 65});
+
+    ui->tableWidget->setModel(m_modelo);
+    anchos(ui->tableWidget, {100, 140, 65, 70, 30, 90, 70, 70});
+    ui->tableWidget->setColumnHidden(ModeloJugadas::ColMontoOculto, true);
+    ui->tableWidget->setColumnHidden(ModeloJugadas::ColCodAgencia, true);
+
+    preparar(ui->tableWidget_bancas, {"Agencia", "#\nJug", "Monto", "Banca", "cAgencia"});
+    anchos(ui->tableWidget_bancas, {140, 30, 65, 80});
+    ui->tableWidget_bancas->setColumnHidden(4, true);
+
+    preparar(ui->tableWidget_tbancas,
+             {"Banca", "Vta Bruta", "Comisión", "Vta Neta", "Premios", "Utilidad"});
+    // Column 4 gets its width twice and column 5 keeps the default width.
+    ui->tableWidget_tbancas->setColumnWidth(0, 90);
+    ui->tableWidget_tbancas->setColumnWidth(1, 85);
+    ui->tableWidget_tbancas->setColumnWidth(2, 80);
+    ui->tableWidget_tbancas->setColumnWidth(3, 85);
+    ui->tableWidget_tbancas->setColumnWidth(4, 85);
+    ui->tableWidget_tbancas->setColumnWidth(4, 85);
+
+    for (QTableView *tabla : {static_cast<QTableView *>(ui->tableWidget_resumen_numeros),
+                              static_cast<QTableView *>(ui->tableWidget_resumen_agencias),
+                              ui->tableWidget, static_cast<QTableView *>(ui->tableWidget_bancas),
+                              static_cast<QTableView *>(ui->tableWidget_tbancas)})
+        tabla->horizontalHeader()->setStyleSheet(kEstiloEncabezado);
+}
+
+QString Monitor2::cjuegoActual() const
+{
+    return m_listas.codigosJuego.value(ui->comboBox->currentIndex());
+}
+
+QString Monitor2::csorteoActual() const
+{
+    return m_listas.codigosSorteo.value(ui->comboBox->currentIndex());
+}
+
+// ---- requests and the small replies ----
+
+void Monitor2::cargarSoreos()
+{
+    ui->comboBox->addItem(QStringLiteral("Cargando sorteos..."));
+    red::get(m_redSorteos, QStringLiteral("monitorsorteos2.php?&u=") + SesionGlobal::usuario);
+}
+
+void Monitor2::respuestaSorteos(QNetworkReply *reply)
+{
+    const QString texto = red::textoRespuesta(reply);
+    reply->deleteLater();
+    ui->comboBox->clear();
+    const QStringList items = m_listas.cargarSorteos(texto);
+    for (const QString &item : items)
+        ui->comboBox->addItem(item);
+}
+
+void Monitor2::respuestaBancas(QNetworkReply *reply)
+{
+    const QString texto = red::textoRespuesta(reply);
+    reply->deleteLater();
+    const int nuevas = m_listas.cargarBancas(texto);
+    for (int i = 0; i < nuevas; ++i) {
+        ventaBrutaBanca.append(0.0);
+        comisionBanca.append(0.0);
+        ventaNetaBanca.append(0.0);
+        premiosBanca.append(0.0);
+        utilidadBanca.append(0.0);
+    }
+}
+
+void Monitor2::respuestaAgencias(QNetworkReply *reply)
+{
+    const QString texto = red::textoRespuesta(reply);
+    reply->deleteLater();
+    m_listas.cargarAgencias(texto);
+}
+
+void Monitor2::cargarResultados()
+{
+    const QString ruta = QStringLiteral("monitorresultados.php?&f=") +
+                         ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd"));
+    qDebug().noquote() << red::urlPeticion(ruta);
+    red::get(m_redResultados, ruta);
+}
+
+void Monitor2::respuestaResultados(QNetworkReply *reply)
+{
+    const QString texto = red::textoRespuesta(reply);
+    reply->deleteLater();
+    m_listas.cargarResultados(texto);
+}
+
+// ---- lookups ----
+
+QString Monitor2::banca(QString cbanca)
+{
+    return m_listas.banca(cbanca);
+}
+
+QString Monitor2::agencia(QString longCodAgencia)
+{
+    return m_listas.agencia(longCodAgencia);
+}
+
+QString Monitor2::animal(QString cjuego, QString canimal)
+{
+    return m_listas.animal(cjuego, canimal);
+}
+
+bool Monitor2::hayResultado(QString cjuego, QString csorteo)
+{
+    return m_listas.hayResultado(cjuego, csorteo);
+}
+
+QString Monitor2::resultado(QString cjuego, QString csorteo)
+{
+    return m_listas.resultado(cjuego, csorteo);
+}
+
+QString Monitor2::comisionAgencia(QString agencia, QString cjuego)
+{
+    return m_listas.comisionAgencia(agencia, cjuego);
+}
+
+int Monitor2::indiceBanca(QString cbanca)
+{
+    return m_listas.indiceBanca(cbanca);
+}
+
+int Monitor2::agenciaTab2(QString agencia)
+{
+    return m_filaAgencia.value(agencia, -1);
+}
+
+// ---- clock and reloads ----
+
+void Monitor2::mhora()
+{
+    m_hora = reloj();
+    ui->label_hora->setText(textoReloj(m_hora));
+}
+
+void Monitor2::on_comboBox_currentIndexChanged(int)
+{
+    if (ui->comboBox->count() > 0) {
+        limpiar();
+        cargarResultados();
+    }
+}
+
+void Monitor2::on_dateEdit_fecha_dateChanged(const QDate &)
+{
+    limpiar();
+    cargarResultados();
+}
+
+void Monitor2::limpiar()
+{
+    ui->tableWidget_resumen_numeros->setRowCount(0);
+    ui->tableWidget_resumen_agencias->setRowCount(0);
+    ui->tableWidget_bancas->setRowCount(0);
+    ui->tableWidget_tbancas->setRowCount(0);
+    m_modelo->limpiar();
+    m_ventas.reset();
+    m_filaAgencia.clear();
+
+    ui->lineEdit_animal->setText(QString());
+    ui->lineEdit_jugadas->setText(QString());
+    ui->lineEdit_monto->setText(QString());
+    ui->lineEdit_premio->setText(QString());
+    ui->label_juego->setText(QString());
+    const QString cero = QStringLiteral("0");
+    for (QLabel *l : {ui->label_jugadas, ui->label_monto, ui->label_montott, ui->label_comisiont,
+                      ui->label_ventaneta, ui->label_premios, ui->label_utilidad})
+        l->setText(cero);
+    for (QLineEdit *e : {ui->lineEdit_vbrutaS, ui->lineEdit_comisionS, ui->lineEdit_vnetaS,
+                         ui->lineEdit_premioS, ui->lineEdit_utilidadS})
+        e->setText(cero);
+    ui->label_utilidad->setStyleSheet(QString());
+    ui->lineEdit_utilidadS->setStyleSheet(QString());
+    for (QList<double> *lista :
+         {&ventaBrutaBanca, &comisionBanca, &ventaNetaBanca, &premiosBanca, &utilidadBanca})
+        std::fill(lista->begin(), lista->end(), 0.0);
+    m_ventaBruta = 0;
+    m_comision = 0;
+}
+
+// ---- sales ----
+
+void Monitor2::on_pushButton_actualizar_clicked()
+{
+    cargarResultados();
+    ui->pushButton_actualizar->setEnabled(false);
+    red::get(m_redVentas, QStringLiteral("monitorventas.php?&f=") +
+                              ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd")) +
+                              QStringLiteral("&j=") + cjuegoActual());
+}
+
+void Monitor2::respuestaVentas(QNetworkReply *reply)
+{
+    const QByteArray bruto = red::bytesRespuesta(reply);
+    reply->deleteLater();
+
+    ui->tableWidget->setSortingEnabled(false);
+    ui->tableWidget_resumen_numeros->setSortingEnabled(false);
+    limpiar();
+    ui->pushButton_actualizar->setEnabled(true);
+    ui->tableWidget_bancas->setSortingEnabled(false);
+    const int indice = ui->comboBox->currentIndex();
+    ui->label_juego->setText(m_listas.nombresSorteo.value(indice));
+    const QString cjuego = cjuegoActual();
+
+    auto datos = std::make_shared<DatosVentas>(analizarVentas(
+        bruto, m_listas, cjuego, csorteoActual(), m_listas.factoresSorteo.value(indice)));
+    if (datos->jugadas.empty()) {
+        ui->pushButton_actualizar->setFocus();
+        emit ventasMostradas();
+        return;
+    }
+    m_ventas = datos;
+    const DatosVentas &d = *datos;
+    m_modelo->cargar(datos, SesionGlobal::decimales);
+
+    // Per-number summary, in the order the numbers were first played.
+    QTableWidget *resumen = ui->tableWidget_resumen_numeros;
+    resumen->setRowCount(int(d.resumen.size()));
+    for (int f = 0; f < int(d.resumen.size()); ++f) {
+        const DatosVentas::FilaResumen &fila = d.resumen[std::size_t(f)];
+        const DatosVentas::Numero &num = d.numeros[std::size_t(fila.numero)];
+        resumen->setItem(f, 0, celda(num.texto));
+        resumen->setItem(f, 1, celda(num.nombre));
+        resumen->setItem(f, 2, celda(fila.monto, kDerecha));
+        resumen->setItem(f, 3, celda(QString::number(fila.jugadas), kDerecha));
+    }
+
+    // Per-agency rows. A row written more than once carries the alignment of the rewrite.
+    QTableWidget *agencias = ui->tableWidget_bancas;
+    agencias->setRowCount(int(d.filasAgencia.size()));
+    m_filaAgencia.reserve(int(d.filasAgencia.size()));
+    for (int f = 0; f < int(d.filasAgencia.size()); ++f) {
+        const DatosVentas::FilaAgencia &fila = d.filasAgencia[std::size_t(f)];
+        const DatosVentas::Agencia &ag = d.agencias[std::size_t(fila.agencia)];
+        agencias->setItem(f, 0, celda(ag.nombre));
+        if (fila.jugadas > 1) {
+            agencias->setItem(f, 1, celda(QString::number(fila.jugadas), Qt::AlignCenter));
+            agencias->setItem(f, 2, celda(monto(fila.suma), kDerecha));
+        } else {
+            agencias->setItem(f, 1, celda(QStringLiteral("1")));
+            agencias->setItem(f, 2, celda(monto(fila.suma)));
+        }
+        agencias->setItem(f, 3, celda(d.bancas[std::size_t(fila.banca)].nombre));
+        agencias->setItem(f, 4, celda(ag.clave));
+        m_filaAgencia.insert(ag.clave, f);
+    }
+
+    ventaBrutaBanca = QList<double>::fromVector(d.ventaBrutaBanca);
+    comisionBanca = QList<double>::fromVector(d.comisionBanca);
+    ventaNetaBanca = QList<double>::fromVector(d.ventaNetaBanca);
+    premiosBanca = QList<double>::fromVector(d.premiosBanca);
+    utilidadBanca = QList<double>::fromVector(d.utilidadBanca);
+
+    m_ventaBruta = d.ventaBruta;
+    m_comision = d.comision;
+    mostrarTotales();
+
+    // Banca totals.
+    QTableWidget *tbancas = ui->tableWidget_tbancas;
+    const int nb = m_listas.indiceBancas.size();
+    tbancas->setRowCount(nb);
+    for (int b = 0; b < nb; ++b) {
+        tbancas->setItem(b, 0, celda(m_listas.nombresBanca.value(b), kDerecha));
+        tbancas->setItem(b, 1, celda(monto(ventaBrutaBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 2, celda(monto(comisionBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 3, celda(monto(ventaNetaBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 4, celda(monto(premiosBanca.value(b)), kDerecha));
+        QTableWidgetItem *utilidad = celda(monto(utilidadBanca.value(b)), kDerecha);
+        if (utilidadBanca.value(b) < 0)
+            utilidad->setForeground(QBrush(Qt::red));
+        tbancas->setItem(b, 5, utilidad);
+    }
+
+    // Sorting back on; the indicator first, so that each table is sorted once.
+    ui->tableWidget->horizontalHeader()->setSortIndicator(4, Qt::AscendingOrder);
+    ui->tableWidget->setSortingEnabled(true);
+    resumen->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
+    resumen->setSortingEnabled(true);
+    agencias->horizontalHeader()->setSortIndicator(4, Qt::AscendingOrder);
+    agencias->setSortingEnabled(true);
+    ui->pushButton_actualizar->setEnabled(true);
+    ui->pushButton_actualizar->setFocus();
+
+    if (d.hayResultado) {
+        ui->lineEdit_animal->setText(animal(cjuego, d.resultado));
+        ui->tableWidget->selectionModel()->select(
+            m_modelo->seleccionDeNumero(d.numeroGanador, 0, ModeloJugadas::ColEstado),
+            QItemSelectionModel::Select);
+    }
+    emit ventasMostradas();
+}
+
+void Monitor2::mostrarTotales()
+{
+    const double neta = m_ventaBruta - m_comision;
+    const double premios = m_ventas ? m_ventas->premios : 0.0;
+    const double utilidad = neta - premios;
+    ui->label_jugadas->setText(QString::number(m_ventas ? m_ventas->cantidad : 0));
+    ui->label_monto->setText(monto(m_ventaBruta));
+    ui->lineEdit_vbrutaS->setText(monto(m_ventaBruta));
+    ui->label_montott->setText(monto(m_ventaBruta));
+    ui->lineEdit_comisionS->setText(monto(m_comision));
+    ui->label_comisiont->setText(monto(m_comision));
+    ui->lineEdit_vnetaS->setText(monto(neta));
+    ui->label_ventaneta->setText(monto(neta));
+    ui->lineEdit_premioS->setText(monto(premios));
+    ui->label_premios->setText(monto(premios));
+    mostrarUtilidad(utilidad);
+}
+
+void Monitor2::mostrarUtilidad(double utilidad)
+{
+    ui->lineEdit_utilidadS->setText(monto(utilidad));
+    ui->label_utilidad->setText(monto(utilidad));
+    ui->label_utilidad->setStyleSheet(utilidad < 0 ? SesionGlobal::colorRojo : QString());
+}
+
+void Monitor2::actualizar_resumen(QString _numero, double _monto)
+{
+    QTableWidget *tabla = ui->tableWidget_resumen_numeros;
+    int fila = -1;
+    for (int f = 0; f < tabla->rowCount(); ++f) {
+        const QTableWidgetItem *item = tabla->item(f, 0);
+        if (item && item->text() == _numero)
+            fila = f;
+    }
+    if (fila >= 0) {
+        const QTableWidgetItem *montoItem = tabla->item(fila, 2);
+        const QTableWidgetItem *jugItem = tabla->item(fila, 3);
+        const double suma = (montoItem ? montoItem->text().toDouble() : 0.0) + _monto;
+        const int jugadas = (jugItem ? jugItem->text().toInt() : 0) + 1;
+        tabla->setItem(fila, 2, celda(QString::number(suma, 'f', 2), kDerecha));
+        tabla->setItem(fila, 3, celda(QString::number(jugadas), kDerecha));
+        return;
+    }
+    fila = tabla->rowCount();
+    tabla->insertRow(fila);
+    tabla->setItem(fila, 0, celda(_numero));
+    tabla->setItem(fila, 1, celda(animal(cjuegoActual(), _numero)));
+    tabla->setItem(fila, 2, celda(QString::number(_monto, 'f', 2), kDerecha));
+    tabla->setItem(fila, 3, celda(QStringLiteral("1"), kDerecha));
+}
+
+void Monitor2::click_numero(QString numero)
+{
+    const int n = m_modelo->indiceNumero(numero);
+    QItemSelectionModel *seleccion = ui->tableWidget->selectionModel();
+    const int filas = m_modelo->rowCount();
+    if (filas > 0) {
+        seleccion->select(QItemSelection(m_modelo->index(0, 0),
+                                         m_modelo->index(filas - 1, ModeloJugadas::ColEstado)),
+                          QItemSelectionModel::Deselect);
+        seleccion->select(m_modelo->seleccionDeNumero(n, 0, ModeloJugadas::ColEstado),
+                          QItemSelectionModel::Select);
+    }
+
+    const QString cjuego = cjuegoActual();
+    ui->lineEdit_animal->setText(animal(cjuego, numero));
+    int cantidad = 0;
+    double suma = 0;
+    m_modelo->sumarNumero(n, cantidad, suma);
+    const double premio = m_listas.factoresSorteo.value(ui->comboBox->currentIndex()) * suma;
+    ui->lineEdit_jugadas->setText(QString::number(cantidad));
+    ui->lineEdit_monto->setText(monto(suma));
+    ui->lineEdit_premio->setText(monto(premio));
+
+    const QString csorteo = csorteoActual();
+    if (hayResultado(cjuego, csorteo) && resultado(cjuego, csorteo) == numero) {
+        ui->lineEdit_premioS->setText(monto(premio));
+        ui->label_premios->setText(monto(premio));
+        mostrarUtilidad(m_ventaBruta - m_comision - premio);
+    }
+}
+
+void Monitor2::on_tableWidget_clicked(const QModelIndex &index)
+{
+    if (!index.isValid() || index.row() >= m_modelo->rowCount())
+        return;
+    const bool seleccionada = ui->tableWidget->selectionModel()->isSelected(index);
+    const QString numero = m_modelo->texto(index.row(), ModeloJugadas::ColNumero);
+    click_numero(numero);
+    ui->tableWidget->selectionModel()->select(
+        m_modelo->seleccionDeNumero(m_modelo->indiceNumero(numero), 0, ModeloJugadas::ColEstado),
+        seleccionada ? QItemSelectionModel::Select : QItemSelectionModel::Deselect);
+}
+
+void Monitor2::on_tableWidget_resumen_numeros_clicked(const QModelIndex &index)
+{
+    QTableWidget *lista = ui->tableWidget_resumen_agencias;
+    lista->setRowCount(0);
+    lista->setSortingEnabled(false);
+    const QTableWidgetItem *item = ui->tableWidget_resumen_numeros->item(index.row(), 0);
+    if (!item)
+        return;
+    const QString numero = item->text();
+
+    // One row per play of the number that is not deleted, in the plays table's order.
+    const int n = m_modelo->indiceNumero(numero);
+    if (n >= 0) {
+        const DatosVentas &d = *m_modelo->datos();
+        std::vector<int> filas;
+        for (int f = 0; f < m_modelo->rowCount(); ++f) {
+            const JugadaVenta &j = m_modelo->jugadaEnFila(f);
+            if (j.numero == n && j.estado != JugadaVenta::Eliminado)
+                filas.push_back(f);
+        }
+        lista->setRowCount(int(filas.size()));
+        for (int r = 0; r < int(filas.size()); ++r) {
+            const JugadaVenta &j = m_modelo->jugadaEnFila(filas[std::size_t(r)]);
+            lista->setItem(r, 0, celda(d.bancas[std::size_t(j.banca)].nombre));
+            lista->setItem(r, 1, celda(d.agencias[std::size_t(j.agencia)].nombre));
+            lista->setItem(
+                r, 2,
+                celda(m_modelo->texto(filas[std::size_t(r)], ModeloJugadas::ColMonto), kDerecha));
+        }
+    }
+    // click_numero leaves exactly the plays of the number selected.
+    click_numero(numero);
+    lista->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
+    lista->setSortingEnabled(true);
 }

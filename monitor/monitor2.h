@@ -1,11 +1,31 @@
 #pragma once
 
+#include "monitor/listasmonitor.h"
+#include "monitor/ventasmonitor.h"
+
+#include <QDate>
 #include <QDialog>
+#include <QHash>
+#include <QList>
+#include <QModelIndex>
+#include <QString>
+#include <QTime>
+
+#include <functional>
+#include <memory>
+
+class ModeloJugadas;
+class QNetworkAccessManager;
+class QNetworkReply;
+class QTimer;
 
 namespace Ui {
 class Monitor2;
 }
 
+// Sales monitor: every play of one date and draw, summed per number, per agency and per banca,
+// with the draw's result and the money totals. Reply parsing, lookups and sums live in
+// ListasMonitor and analizarVentas(); the plays table is a view over ModeloJugadas.
 class Monitor2 : public QDialog {
     Q_OBJECT
 
@@ -13,6 +33,72 @@ public:
     explicit Monitor2(QWidget *parent = nullptr);
     ~Monitor2() override;
 
+    const ListasMonitor &listas() const { return m_listas; }
+    ModeloJugadas *modeloJugadas() const { return m_modelo; }
+
+    // Banca totals, one entry per entry of ListasMonitor::indiceBancas.
+    QList<double> ventaBrutaBanca, comisionBanca, ventaNetaBanca, premiosBanca, utilidadBanca;
+
+    // Where the clock takes the time from (the system clock unless replaced).
+    std::function<QTime()> reloj = [] {
+        return QTime::currentTime();
+    };
+
+public slots:
+    void cargarSoreos();
+    void limpiar();
+    void mhora();
+    QString banca(QString cbanca);
+    QString agencia(QString longCodAgencia);
+    QString animal(QString cjuego, QString canimal);
+    bool hayResultado(QString cjuego, QString csorteo);
+    QString resultado(QString cjuego, QString csorteo);
+    void cargarResultados();
+    QString comisionAgencia(QString agencia, QString cjuego);
+    int indiceBanca(QString cbanca);
+    int agenciaTab2(QString agencia);
+    void on_pushButton_actualizar_clicked();
+    void on_tableWidget_clicked(const QModelIndex &index);
+    void on_comboBox_currentIndexChanged(int index);
+    void on_dateEdit_fecha_dateChanged(const QDate &date);
+    void actualizar_resumen(QString _numero, double _monto);
+    void on_tableWidget_resumen_numeros_clicked(const QModelIndex &index);
+    void click_numero(QString numero);
+
+signals:
+    // Emitted when a sales reply has been shown completely (tables filled and sorted).
+    void ventasMostradas();
+
 private:
+    void respuestaSorteos(QNetworkReply *reply);
+    void respuestaBancas(QNetworkReply *reply);
+    void respuestaAgencias(QNetworkReply *reply);
+    void respuestaResultados(QNetworkReply *reply);
+    void respuestaVentas(QNetworkReply *reply);
+
+    void configurarTablas();
+    void mostrarTotales();
+    void mostrarUtilidad(double utilidad);
+    QString cjuegoActual() const;
+    QString csorteoActual() const;
+
     Ui::Monitor2 *ui;
+    ModeloJugadas *m_modelo = nullptr;
+    ListasMonitor m_listas;
+    std::shared_ptr<const DatosVentas> m_ventas;
+    QHash<QString, int> m_filaAgencia; // long agency code -> per-agency position
+
+    QNetworkAccessManager *m_redSorteos = nullptr;
+    QNetworkAccessManager *m_redBancas = nullptr;
+    QNetworkAccessManager *m_redAgencias = nullptr;
+    QNetworkAccessManager *m_redResultados = nullptr;
+    QNetworkAccessManager *m_redVentas = nullptr;
+    QTimer *m_timer = nullptr;
+    QTime m_hora;
+
+    double m_ventaBruta = 0;
+    double m_comision = 0;
 };
+
+// Text of the blinking clock: "h:mm:ss ap" on odd seconds, "h;mm;ss ap" on even ones.
+QString textoReloj(const QTime &hora);

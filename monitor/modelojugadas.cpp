@@ -1,0 +1,274 @@
+#include "monitor/modelojugadas.h"
+
+#include "app/formato.h"
+
+#include <QHash>
+
+#include <algorithm>
+#include <cstring>
+#include <numeric>
+
+ModeloJugadas::ModeloJugadas(QObject *parent) : QAbstractTableModel(parent) {}
+
+QStringList ModeloJugadas::encabezados()
+{
+    return {QStringLiteral("Banca"),     QStringLiteral("Agencia"), QStringLiteral("Ticket"),
+            QStringLiteral("Hora"),      QStringLiteral("#"),       QStringLiteral("Nombre"),
+            QStringLiteral("Monto"),     QStringLiteral("Estado"),  QStringLiteral("monto"),
+            QStringLiteral("codAgencia")};
+}
+
+void ModeloJugadas::cargar(std::shared_ptr<const DatosVentas> datos, int decimales)
+{
+    beginResetModel();
+    m_datos = std::move(datos);
+    m_decimales = decimales;
+    m_orden.resize(m_datos ? m_datos->jugadas.size() : 0);
+    std::iota(m_orden.begin(), m_orden.end(), 0);
+    endResetModel();
+}
+
+void ModeloJugadas::limpiar()
+{
+    beginResetModel();
+    m_datos.reset();
+    std::vector<int>().swap(m_orden);
+    endResetModel();
+}
+
+const JugadaVenta &ModeloJugadas::jugadaEnFila(int fila) const
+{
+    return m_datos->jugadas[std::size_t(m_orden[std::size_t(fila)])];
+}
+
+int ModeloJugadas::numeroEnFila(int fila) const
+{
+    if (!m_datos || fila < 0 || fila >= int(m_orden.size()))
+        return -1;
+    return jugadaEnFila(fila).numero;
+}
+
+int ModeloJugadas::indiceNumero(const QString &numero) const
+{
+    if (!m_datos)
+        return -1;
+    for (std::size_t i = 0; i < m_datos->numeros.size(); ++i) {
+        if (m_datos->numeros[i].texto == numero)
+            return int(i);
+    }
+    return -1;
+}
+
+QItemSelection ModeloJugadas::seleccionDeNumero(int numero, int primera, int ultima) const
+{
+    QItemSelection seleccion;
+    if (!m_datos || numero < 0)
+        return seleccion;
+    const int filas = int(m_orden.size());
+    const auto &jugadas = m_datos->jugadas;
+    int inicio = -1;
+    for (int f = 0; f <= filas; ++f) {
+        const bool es = f < filas && jugadas[std::size_t(m_orden[std::size_t(f)])].numero == numero;
+        if (es && inicio < 0) {
+            inicio = f;
+        } else if (!es && inicio >= 0) {
+            seleccion.append(QItemSelectionRange(index(inicio, primera), index(f - 1, ultima)));
+            inicio = -1;
+        }
+    }
+    return seleccion;
+}
+
+void ModeloJugadas::sumarNumero(int numero, int &cantidad, double &suma) const
+{
+    cantidad = 0;
+    suma = 0;
+    if (!m_datos || numero < 0)
+        return;
+    for (int i : m_orden) {
+        const JugadaVenta &j = m_datos->jugadas[std::size_t(i)];
+        if (j.numero == numero && j.estado != JugadaVenta::Eliminado) {
+            ++cantidad;
+            suma += j.monto;
+        }
+    }
+}
+
+int ModeloJugadas::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : int(m_orden.size());
+}
+
+int ModeloJugadas::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : Columnas;
+}
+
+QString ModeloJugadas::texto(int fila, int columna) const
+{
+    const DatosVentas &d = *m_datos;
+    const JugadaVenta &j = jugadaEnFila(fila);
+    switch (columna) {
+    case ColBanca:
+        return d.bancas[std::size_t(j.banca)].nombre;
+    case ColAgencia:
+        return d.agencias[std::size_t(j.agencia)].nombre;
+    case ColTicket:
+        return d.ticket(j);
+    case ColHora:
+        return textoHora(j.hora);
+    case ColNumero:
+        return d.numeros[std::size_t(j.numero)].texto;
+    case ColNombre:
+        return d.numeros[std::size_t(j.numero)].nombre;
+    case ColMonto:
+        return formatoMonto(j.monto, m_decimales);
+    case ColEstado:
+        return textoEstado(j.estado);
+    case ColMontoOculto:
+        return QString::number(j.monto, 'g', 6);
+    case ColCodAgencia:
+        return d.agencias[std::size_t(j.agencia)].clave;
+    default:
+        return QString();
+    }
+}
+
+QVariant ModeloJugadas::data(const QModelIndex &index, int role) const
+{
+    if (!m_datos || !index.isValid() || index.row() >= int(m_orden.size()))
+        return QVariant();
+    if (role != Qt::DisplayRole && role != Qt::EditRole)
+        return QVariant();
+    return texto(index.row(), index.column());
+}
+
+QVariant ModeloJugadas::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (role != Qt::DisplayRole)
+        return QVariant();
+    if (orientation == Qt::Horizontal)
+        return encabezados().value(section);
+    return section + 1;
+}
+
+void ModeloJugadas::sort(int column, Qt::SortOrder order)
+{
+    if (!m_datos || column < 0 || column >= Columnas || m_orden.size() < 2)
+        return;
+    const DatosVentas &d = *m_datos;
+    const std::size_t n = d.jugadas.size();
+
+    // Every play gets a class (plays of one class show the same text), each class a text.
+    std::vector<int> clase(n);
+    std::vector<QString> textos;
+    switch (column) {
+    case ColBanca:
+        for (const auto &b : d.bancas)
+            textos.push_back(b.nombre);
+        for (std::size_t i = 0; i < n; ++i)
+            clase[i] = d.jugadas[i].banca;
+        break;
+    case ColAgencia:
+    case ColCodAgencia:
+        for (const auto &a : d.agencias)
+            textos.push_back(column == ColAgencia ? a.nombre : a.clave);
+        for (std::size_t i = 0; i < n; ++i)
+            clase[i] = d.jugadas[i].agencia;
+        break;
+    case ColNumero:
+    case ColNombre:
+        for (const auto &num : d.numeros)
+            textos.push_back(column == ColNumero ? num.texto : num.nombre);
+        for (std::size_t i = 0; i < n; ++i)
+            clase[i] = d.jugadas[i].numero;
+        break;
+    case ColEstado:
+        for (std::uint8_t e = 0; e < 3; ++e)
+            textos.push_back(textoEstado(e));
+        for (std::size_t i = 0; i < n; ++i)
+            clase[i] = d.jugadas[i].estado;
+        break;
+    case ColHora:
+        textos.push_back(textoHora(-1));
+        for (int m = 0; m < 24 * 60; ++m)
+            textos.push_back(textoHora(m * 60));
+        for (std::size_t i = 0; i < n; ++i)
+            clase[i] = d.jugadas[i].hora < 0 ? 0 : 1 + d.jugadas[i].hora / 60;
+        break;
+    case ColTicket: {
+        QHash<QString, int> vistos;
+        for (std::size_t i = 0; i < n; ++i) {
+            const QString t = d.ticket(d.jugadas[i]);
+            auto it = vistos.constFind(t);
+            if (it == vistos.cend()) {
+                it = vistos.insert(t, int(textos.size()));
+                textos.push_back(t);
+            }
+            clase[i] = it.value();
+        }
+        break;
+    }
+    default: { // amounts, by their bit pattern
+        QHash<quint64, int> vistos;
+        for (std::size_t i = 0; i < n; ++i) {
+            quint64 bits;
+            std::memcpy(&bits, &d.jugadas[i].monto, sizeof bits);
+            auto it = vistos.constFind(bits);
+            if (it == vistos.cend()) {
+                const double m = d.jugadas[i].monto;
+                it = vistos.insert(bits, int(textos.size()));
+                textos.push_back(column == ColMonto ? formatoMonto(m, m_decimales)
+                                                    : QString::number(m, 'g', 6));
+            }
+            clase[i] = it.value();
+        }
+        break;
+    }
+    }
+
+    // Rank the distinct texts; texts that compare equal share a rank.
+    std::vector<int> porTexto(textos.size());
+    std::iota(porTexto.begin(), porTexto.end(), 0);
+    std::sort(porTexto.begin(), porTexto.end(), [&](int a, int b) {
+        return textos[std::size_t(a)].localeAwareCompare(textos[std::size_t(b)]) < 0;
+    });
+    std::vector<int> rango(textos.size(), 0);
+    int r = 0;
+    for (std::size_t k = 0; k < porTexto.size(); ++k) {
+        if (k > 0 && textos[std::size_t(porTexto[k - 1])].localeAwareCompare(
+                         textos[std::size_t(porTexto[k])]) < 0)
+            ++r;
+        rango[std::size_t(porTexto[k])] = r;
+    }
+    const int rangos = r + 1;
+    if (order == Qt::DescendingOrder) {
+        for (int &x : rango)
+            x = rangos - 1 - x;
+    }
+
+    // Stable counting sort of the current order by rank.
+    std::vector<int> inicio(std::size_t(rangos) + 1, 0);
+    for (int i : m_orden)
+        ++inicio[std::size_t(rango[std::size_t(clase[std::size_t(i)])]) + 1];
+    for (std::size_t k = 1; k < inicio.size(); ++k)
+        inicio[k] += inicio[k - 1];
+    std::vector<int> nuevo(m_orden.size());
+    std::vector<int> filaNueva(m_orden.size());
+    for (std::size_t f = 0; f < m_orden.size(); ++f) {
+        const int i = m_orden[f];
+        const int destino = inicio[std::size_t(rango[std::size_t(clase[std::size_t(i)])])]++;
+        nuevo[std::size_t(destino)] = i;
+        filaNueva[f] = destino;
+    }
+
+    emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    const QModelIndexList viejos = persistentIndexList();
+    QModelIndexList nuevos;
+    nuevos.reserve(viejos.size());
+    for (const QModelIndex &v : viejos)
+        nuevos.append(index(filaNueva[std::size_t(v.row())], v.column()));
+    m_orden.swap(nuevo);
+    changePersistentIndexList(viejos, nuevos);
+    emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}

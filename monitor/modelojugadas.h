@@ -1,0 +1,66 @@
+#pragma once
+
+#include "monitor/ventasmonitor.h"
+
+#include <QAbstractTableModel>
+#include <QItemSelection>
+
+#include <memory>
+#include <vector>
+
+// The plays table of the sales monitor as a model over the compact plays of one sales reply.
+// Cell texts are produced when a view asks for them. Sorting is stable, compares the cell texts
+// like a table of text items does (locale-aware) and costs O(n) plus the sorting of the
+// distinct texts of the column.
+class ModeloJugadas : public QAbstractTableModel {
+    Q_OBJECT
+
+public:
+    enum Columna {
+        ColBanca = 0,
+        ColAgencia,
+        ColTicket,
+        ColHora,
+        ColNumero,
+        ColNombre,
+        ColMonto,
+        ColEstado,
+        ColMontoOculto,
+        ColCodAgencia,
+        Columnas
+    };
+
+    explicit ModeloJugadas(QObject *parent = nullptr);
+
+    static QStringList encabezados();
+
+    // Shows the plays of `datos` in reply order; amounts with `decimales` decimals.
+    void cargar(std::shared_ptr<const DatosVentas> datos, int decimales);
+    void limpiar();
+
+    const DatosVentas *datos() const { return m_datos.get(); }
+    const JugadaVenta &jugadaEnFila(int fila) const;
+    // Index in DatosVentas::numeros of the play shown in `fila`.
+    int numeroEnFila(int fila) const;
+    // Index in DatosVentas::numeros of a number text; -1 when no play has it.
+    int indiceNumero(const QString &numero) const;
+    // Cells of `primera`..`ultima` columns of every row whose number is `numero`, as few ranges
+    // as the current order allows.
+    QItemSelection seleccionDeNumero(int numero, int primera, int ultima) const;
+    // Count and sum, in table order, of the plays of a number that are not deleted.
+    void sumarNumero(int numero, int &cantidad, double &suma) const;
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation,
+                        int role = Qt::DisplayRole) const override;
+    void sort(int column, Qt::SortOrder order = Qt::AscendingOrder) override;
+
+    QString texto(int fila, int columna) const;
+
+private:
+    std::shared_ptr<const DatosVentas> m_datos;
+    std::vector<int> m_orden; // table row -> play index
+    int m_decimales = 0;
+};

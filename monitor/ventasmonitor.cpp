@@ -1,0 +1,381 @@
+#include "monitor/ventasmonitor.h"
+
+#include "monitor/listasmonitor.h"
+
+#include <QTime>
+
+#include <cstring>
+#include <string>
+
+namespace {
+
+// Distinct byte strings, numbered in the order they were first seen. Open addressing over a
+// power-of-two table; keys live in one arena.
+class Internador {
+public:
+    Internador() : m_tabla(64, -1) {}
+
+    int cantidad() const { return int(m_pos.size()); }
+
+    // Index of the key; `nuevo` tells whether it was added now.
+    int buscar(const char *p, std::size_t n, bool &nuevo)
+    {
+        const std::uint64_t h = hash(p, n);
+        std::size_t mascara = m_tabla.size() - 1;
+        std::size_t i = std::size_t(h) & mascara;
+        while (true) {
+            const int e = m_tabla[i];
+            if (e < 0)
+                break;
+            const Pos &pos = m_pos[std::size_t(e)];
+            if (pos.hash == h && pos.largo == n &&
+                (n == 0 || std::memcmp(m_claves.data() + pos.inicio, p, n) == 0)) {
+                nuevo = false;
+                return e;
+            }
+            i = (i + 1) & mascara;
+        }
+        nuevo = true;
+        const int indice = int(m_pos.size());
+        m_pos.push_back({h, m_claves.size(), n});
+        m_claves.append(p, n);
+        m_tabla[i] = indice;
+        if (m_pos.size() * 2 > m_tabla.size())
+            crecer();
+        return indice;
+    }
+
+    QString texto(int i) const
+    {
+        const Pos &pos = m_pos[std::size_t(i)];
+        return QString::fromLatin1(m_claves.data() + pos.inicio, int(pos.largo));
+    }
+
+private:
+    struct Pos {
+        std::uint64_t hash;
+        std::size_t inicio;
+        std::size_t largo;
+    };
+
+    static std::uint64_t hash(const char *p, std::size_t n)
+    {
+        std::uint64_t h = 1469598103934665603ull;
+        for (std::size_t i = 0; i < n; ++i) {
+            h ^= std::uint8_t(p[i]);
+            h *= 1099511628211ull;
+        }
+        return h ^ (h >> 29);
+    }
+
+    void crecer()
+    {
+        std::vector<int> nueva(m_tabla.size() * 2, -1);
+        const std::size_t mascara = nueva.size() - 1;
+        for (std::size_t e = 0; e < m_pos.size(); ++e) {
+            std::size_t i = std::size_t(m_pos[e].hash) & mascara;
+            while (nueva[i] >= 0)
+                i = (i + 1) & mascara;
+            nueva[i] = int(e);
+        }
+        m_tabla.swap(nueva);
+    }
+
+    std::vector<int> m_tabla;
+    std::vector<Pos> m_pos;
+    std::string m_claves;
+};
+
+constexpr double kPotencias[] = {1e0, 1e1, 1e2,  1e3,  1e4,  1e5,  1e6,  1e7,
+                                 1e8, 1e9, 1e10, 1e11, 1e12, 1e13, 1e14, 1e15};
+constexpr std::int64_t kLimiteCentavos = std::int64_t(1) << 40;
+
+struct Campo {
+    const char *p;
+    int n;
+    QString texto() const { return QString::fromLatin1(p, n); }
+    bool es(char c) const { return n == 1 && *p == c; }
+};
+
+// Running state of one number of the per-number summary. The summary adds each play to the
+// amount it shows with two decimals and reads it back, so the sum is rounded to cents at each
+// step; whole cents are added exactly as integers, which gives the same texts, and anything
+// else falls back to the same rounding step by step.
+struct SumaResumen {
+    int fila = -1;
+    bool exacto = true;
+    std::int64_t centavos = 0;
+    double valor = 0;
+
+    void agregar(double monto, bool montoExacto, std::int64_t c, bool primera)
+    {
+        if (primera) {
+            exacto = montoExacto;
+            if (exacto)
+                centavos = c;
+            else
+                valor = QString::number(monto, 'f', 2).toDouble();
+            return;
+        }
+        if (exacto && montoExacto) {
+            const std::int64_t suma = centavos + c;
+            if (suma < kLimiteCentavos && suma > -kLimiteCentavos) {
+                centavos = suma;
+                return;
+            }
+        }
+        if (exacto) {
+            valor = double(centavos) / 100.0;
+            exacto = false;
+        }
+        valor = QString::number(valor + monto, 'f', 2).toDouble();
+    }
+
+    QString texto() const
+    {
+        return QString::number(exacto ? double(centavos) / 100.0 : valor, 'f', 2);
+    }
+};
+
+} // namespace
+
+double leerMonto(const char *p, int n, bool *exacto, std::int64_t *centavos)
+{
+    int i = 0;
+    bool negativo = false;
+    if (n > 0 && p[0] == '-') {
+        negativo = true;
+        i = 1;
+    }
+    std::uint64_t mantisa = 0;
+    int digitos = 0;
+    int decimales = 0;
+    bool punto = false;
+    bool rapido = true;
+    for (; i < n; ++i) {
+        const char c = p[i];
+        if (c >= '0' && c <= '9') {
+            mantisa = mantisa * 10 + std::uint64_t(c - '0');
+            ++digitos;
+            if (punto)
+                ++decimales;
+        } else if (c == '.' && !punto && digitos > 0) {
+            punto = true;
+        } else {
+            rapido = false;
+            break;
+        }
+    }
+    if (digitos == 0 || digitos > 15 || (punto && decimales == 0))
+        rapido = false;
+    if (!rapido) {
+        if (exacto)
+            *exacto = false;
+        return QString::fromLatin1(p, n).toDouble();
+    }
+    // Both operands are exact doubles, so the quotient is the correctly rounded value.
+    double valor = double(mantisa) / kPotencias[decimales];
+    if (negativo)
+        valor = -valor;
+    if (exacto) {
+        *exacto = decimales <= 2 && !(negativo && mantisa == 0);
+        if (*exacto) {
+            std::int64_t c = std::int64_t(mantisa);
+            for (int d = decimales; d < 2; ++d)
+                c *= 10;
+            if (c >= kLimiteCentavos)
+                *exacto = false;
+            else if (centavos)
+                *centavos = negativo ? -c : c;
+        }
+    }
+    return valor;
+}
+
+int leerHora(const char *p, int n)
+{
+    auto dig = [p](int i) {
+        return p[i] >= '0' && p[i] <= '9';
+    };
+    if (n == 8 && dig(0) && dig(1) && p[2] == ':' && dig(3) && dig(4) && p[5] == ':' && dig(6) &&
+        dig(7)) {
+        const int h = (p[0] - '0') * 10 + (p[1] - '0');
+        const int m = (p[3] - '0') * 10 + (p[4] - '0');
+        const int s = (p[6] - '0') * 10 + (p[7] - '0');
+        if (h < 24 && m < 60 && s < 60)
+            return h * 3600 + m * 60 + s;
+    }
+    const QTime t = QTime::fromString(QString::fromLatin1(p, n), QStringLiteral("hh:mm:ss"));
+    return t.isValid() ? t.msecsSinceStartOfDay() / 1000 : -1;
+}
+
+QString textoHora(int segundos)
+{
+    if (segundos < 0)
+        return QTime().toString(QStringLiteral("h:mm ap"));
+    static std::vector<QString> cache(24 * 60);
+    const int minuto = segundos / 60;
+    QString &t = cache[std::size_t(minuto)];
+    if (t.isNull())
+        t = QTime(minuto / 60, minuto % 60).toString(QStringLiteral("h:mm ap"));
+    return t;
+}
+
+QString textoEstado(std::uint8_t estado)
+{
+    switch (estado) {
+    case JugadaVenta::Eliminado:
+        return QStringLiteral("Eliminado");
+    case JugadaVenta::Pagado:
+        return QStringLiteral("Pagado");
+    default:
+        return QString();
+    }
+}
+
+QString DatosVentas::ticket(const JugadaVenta &j) const
+{
+    return QString::fromLatin1(bruto.constData() + j.ticket, int(j.largoTicket));
+}
+
+QString DatosVentas::dato(const JugadaVenta &j) const
+{
+    return QString::fromLatin1(bruto.constData() + j.dato, int(j.largoDato));
+}
+
+DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
+                           const QString &cjuego, const QString &csorteo, double factor)
+{
+    DatosVentas d;
+    d.bruto = bruto;
+    const int nb = listas.indiceBancas.size();
+    d.ventaBrutaBanca.fill(0.0, nb);
+    d.comisionBanca.fill(0.0, nb);
+    d.ventaNetaBanca.fill(0.0, nb);
+    d.premiosBanca.fill(0.0, nb);
+    d.utilidadBanca.fill(0.0, nb);
+    d.hayResultado = listas.hayResultado(cjuego, csorteo);
+    d.resultado = listas.resultado(cjuego, csorteo);
+
+    const char *base = bruto.constData();
+    const char *p = base;
+    const char *fin = base + bruto.size();
+    // Rough play count from the size, to avoid regrowing the vector many times.
+    d.jugadas.reserve(std::size_t(bruto.size() / 48 + 16));
+
+    Internador bancas, agencias, numeros;
+    std::vector<SumaResumen> sumas;
+    std::vector<int> filaDeAgencia;
+    std::string clave;
+    Campo f[12];
+
+    while (p < fin) {
+        const char *eol = static_cast<const char *>(std::memchr(p, '\n', std::size_t(fin - p)));
+        if (!eol)
+            eol = fin;
+        if (eol == p) {
+            ++p;
+            continue;
+        }
+        int nf = 0;
+        const char *c = p;
+        while (nf < 12) {
+            const char *coma = static_cast<const char *>(std::memchr(c, ',', std::size_t(eol - c)));
+            if (!coma) {
+                f[nf++] = {c, int(eol - c)};
+                break;
+            }
+            f[nf++] = {c, int(coma - c)};
+            c = coma + 1;
+        }
+        for (int k = nf; k < 12; ++k)
+            f[k] = {eol, 0};
+        p = eol + 1;
+
+        JugadaVenta j;
+        bool nuevo = false;
+        j.banca = bancas.buscar(f[0].p, std::size_t(f[0].n), nuevo);
+        if (nuevo) {
+            const QString codigo = f[0].texto();
+            d.bancas.push_back({codigo, listas.banca(codigo), listas.indiceBanca(codigo)});
+        }
+        clave.assign(f[0].p, std::size_t(f[0].n));
+        clave.append(f[2].p, std::size_t(f[2].n));
+        clave.append(f[3].p, std::size_t(f[3].n));
+        clave.append(f[4].p, std::size_t(f[4].n));
+        j.agencia = agencias.buscar(clave.data(), clave.size(), nuevo);
+        if (nuevo) {
+            const QString larga = QString::fromLatin1(clave.data(), int(clave.size()));
+            d.agencias.push_back({larga, listas.agencia(larga),
+                                  listas.comisionAgencia(larga, cjuego).toDouble() / 100});
+            filaDeAgencia.push_back(-1);
+        }
+        j.numero = numeros.buscar(f[7].p, std::size_t(f[7].n), nuevo);
+        if (nuevo) {
+            const QString numero = f[7].texto();
+            d.numeros.push_back({numero, listas.animal(cjuego, numero)});
+            sumas.emplace_back();
+            if (d.hayResultado && numero == d.resultado)
+                d.numeroGanador = j.numero;
+        }
+        j.hora = leerHora(f[1].p, f[1].n);
+        j.ticket = std::uint32_t(f[5].p - base);
+        j.largoTicket = std::uint32_t(f[5].n);
+        j.dato = std::uint32_t(f[6].p - base);
+        j.largoDato = std::uint32_t(f[6].n);
+        bool exacto = false;
+        std::int64_t centavos = 0;
+        j.monto = leerMonto(f[8].p, f[8].n, &exacto, &centavos);
+        j.segundoMonto = leerMonto(f[9].p, f[9].n);
+        if (f[10].es('E'))
+            j.estado = JugadaVenta::Eliminado;
+        else if (f[11].es('X'))
+            j.estado = JugadaVenta::Pagado;
+        d.jugadas.push_back(j);
+        if (j.estado == JugadaVenta::Eliminado)
+            continue;
+
+        // Per-number summary.
+        SumaResumen &s = sumas[std::size_t(j.numero)];
+        const bool primera = s.fila < 0;
+        if (primera) {
+            s.fila = int(d.resumen.size());
+            d.resumen.push_back({j.numero, QString(), 0});
+        }
+        s.agregar(j.monto, exacto, centavos, primera);
+        ++d.resumen[std::size_t(s.fila)].jugadas;
+
+        // Per-agency row.
+        int &fila = filaDeAgencia[std::size_t(j.agencia)];
+        if (fila < 0) {
+            fila = int(d.filasAgencia.size());
+            d.filasAgencia.push_back({j.agencia, j.banca, 1, j.monto});
+        } else {
+            DatosVentas::FilaAgencia &fa = d.filasAgencia[std::size_t(fila)];
+            ++fa.jugadas;
+            fa.suma += j.monto;
+        }
+
+        const double comision = d.agencias[std::size_t(j.agencia)].comision * j.monto;
+        d.ventaBruta += j.monto;
+        d.comision += comision;
+        ++d.cantidad;
+        if (d.hayResultado) {
+            d.ventaBrutaResultado += j.monto;
+            d.comisionResultado += comision;
+            const double premio = j.numero == d.numeroGanador ? factor * j.monto : 0.0;
+            d.premios += premio;
+            const int ib = d.bancas[std::size_t(j.banca)].indiceBanca;
+            if (ib >= 0) {
+                d.ventaBrutaBanca[ib] += j.monto;
+                d.comisionBanca[ib] += comision;
+                d.ventaNetaBanca[ib] += j.monto - comision;
+                d.premiosBanca[ib] += premio;
+                d.utilidadBanca[ib] += j.monto - comision - premio;
+            }
+        }
+    }
+    for (auto &fila : d.resumen)
+        fila.monto = sumas[std::size_t(fila.numero)].texto();
+    return d;
+}

@@ -1,0 +1,104 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QStringList>
+#include <QVector>
+
+#include <cstdint>
+#include <vector>
+
+class ListasMonitor;
+
+// One play of the sales reply ("monitorventas.php"), kept compactly: texts that repeat (banca,
+// agency, number) are indexes into DatosVentas' tables of distinct values, the ticket and the
+// free datum are byte ranges of the reply, which DatosVentas keeps.
+struct JugadaVenta {
+    enum Estado : std::uint8_t { Ninguno = 0, Eliminado = 1, Pagado = 2 };
+
+    double monto = 0;         // field 8
+    double segundoMonto = 0;  // field 9
+    std::int32_t banca = 0;   // DatosVentas::bancas
+    std::int32_t agencia = 0; // DatosVentas::agencias
+    std::int32_t numero = 0;  // DatosVentas::numeros
+    std::int32_t hora = -1;   // seconds since midnight of field 1; -1 when it is no valid time
+    std::uint32_t ticket = 0; // field 5: offset and length in DatosVentas::bruto
+    std::uint32_t largoTicket = 0;
+    std::uint32_t dato = 0; // field 6
+    std::uint32_t largoDato = 0;
+    std::uint8_t estado = Ninguno;
+};
+
+// Everything the monitor shows of one sales reply: the plays, the per-number summary, the
+// per-agency rows, the money totals and the banca totals. Built in one pass over the bytes.
+struct DatosVentas {
+    struct Banca {
+        QString codigo;  // field 0
+        QString nombre;  // banca(field 0)
+        int indiceBanca; // indiceBanca(field 0), -1 when unknown
+    };
+    struct Agencia {
+        QString clave;   // field 0 + 2 + 3 + 4
+        QString nombre;  // agencia(clave)
+        double comision; // comisionAgencia(clave, cjuego) / 100
+    };
+    struct Numero {
+        QString texto;  // field 7
+        QString nombre; // animal(cjuego, field 7)
+    };
+    // A row of the per-number summary, in the order numbers were first seen.
+    struct FilaResumen {
+        int numero;
+        QString monto; // running sum as the summary writes it (two decimals)
+        int jugadas;
+    };
+    // A row of the per-agency table, in the order agencies were first seen.
+    struct FilaAgencia {
+        int agencia;
+        int banca; // banca of the first play of the agency
+        int jugadas;
+        double suma;
+    };
+
+    QByteArray bruto;
+    std::vector<JugadaVenta> jugadas; // reply order
+    std::vector<Banca> bancas;
+    std::vector<Agencia> agencias;
+    std::vector<Numero> numeros;
+    std::vector<FilaResumen> resumen;
+    std::vector<FilaAgencia> filasAgencia;
+
+    int cantidad = 0;      // plays that are not deleted
+    double ventaBruta = 0; // over the plays that are not deleted
+    double comision = 0;
+    double ventaBrutaResultado = 0; // same sums, gathered only when the draw has a result
+    double comisionResultado = 0;
+    double premios = 0;
+    // Banca totals, one entry per entry of indiceBancas.
+    QVector<double> ventaBrutaBanca, comisionBanca, ventaNetaBanca, premiosBanca, utilidadBanca;
+
+    bool hayResultado = false;
+    QString resultado;
+    int numeroGanador = -1; // index in numeros of the result, -1 when nobody played it
+
+    double ventaNeta() const { return ventaBruta - comision; }
+    double utilidad() const { return ventaNeta() - premios; }
+
+    QString ticket(const JugadaVenta &j) const;
+    QString dato(const JugadaVenta &j) const;
+};
+
+// Reads the sales reply (raw bytes, Latin-1, already cut at any NUL). Lines are separated by
+// "\n" and empty lines are skipped; fields by ","; missing fields count as empty. `cjuego` and
+// `csorteo` name the draw; `factor` is its prize factor.
+DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
+                           const QString &cjuego, const QString &csorteo, double factor);
+
+// Display helpers shared by the table model and the checks.
+QString textoHora(int segundos);          // "h:mm ap", "" for -1
+QString textoEstado(std::uint8_t estado); // "Eliminado", "Pagado" or ""
+// Fast exact reading of a decimal amount, same value as QString::toDouble(); `centavos` gets
+// the amount in hundredths when it has at most two decimals (else `exacto` is false).
+double leerMonto(const char *p, int n, bool *exacto = nullptr, std::int64_t *centavos = nullptr);
+// Seconds since midnight of a "hh:mm:ss" text, -1 when QTime would not read it.
+int leerHora(const char *p, int n);
