@@ -100,6 +100,9 @@ void Monitor2::configurarTablas()
     anchos(ui->tableWidget_resumen_agencias, {90, 125, 65});
 
     ui->tableWidget->setModel(m_modelo);
+    // Narrow columns (the number, the play count) keep the width they are given.
+    ui->tableWidget->horizontalHeader()->setMinimumSectionSize(20);
+    ui->tableWidget_bancas->horizontalHeader()->setMinimumSectionSize(20);
     anchos(ui->tableWidget, {100, 140, 65, 70, 30, 90, 70, 70});
     ui->tableWidget->setColumnHidden(ModeloJugadas::ColMontoOculto, true);
     ui->tableWidget->setColumnHidden(ModeloJugadas::ColCodAgencia, true);

@@ -1,0 +1,148 @@
+#include "monitor/listasmonitor.h"
+#include "monitor/modelojugadas.h"
+#include "monitor/ventasmonitor.h"
+
+#include <QRandomGenerator>
+#include <QTest>
+#include <QTime>
+
+#include <cstring>
+
+// The sales monitor's plain units: amount and time readers, the sales parser on bad input and
+// the plays model's sorting.
+class TstVentasMonitor : public QObject {
+    Q_OBJECT
+
+    static bool mismoDouble(double a, double b)
+    {
+        return std::memcmp(&a, &b, sizeof a) == 0 || (a != a && b != b);
+    }
+
+private slots:
+    void montosComoToDouble()
+    {
+        QStringList casos = {"0",
+                             "00",
+                             "-0",
+                             "-0.00",
+                             "1",
+                             "10.5",
+                             "10.50",
+                             "0.1",
+                             "0.01",
+                             "0.001",
+                             "12.345",
+                             "999999999999999",
+                             "1234567890123456",
+                             "1.",
+                             ".5",
+                             "+3",
+                             " 4",
+                             "4 ",
+                             "1e2",
+                             "abc",
+                             "",
+                             "-",
+                             "1,5",
+                             "5.5.5",
+                             "007.25",
+                             "-12.34",
+                             "3.333333333333333"};
+        QRandomGenerator g(11);
+        for (int i = 0; i < 20000; ++i) {
+            QString s = QString::number(g.bounded(0, 100000000));
+            if (g.bounded(2))
+                s += "." + QString::number(g.bounded(0, 1000000)).left(g.bounded(1, 7));
+            if (g.bounded(5) == 0)
+                s.prepend('-');
+            casos << s;
+        }
+        for (const QString &c : casos) {
+            const QByteArray b = c.toLatin1();
+            bool exacto = false;
+            std::int64_t centavos = 0;
+            const double v = leerMonto(b.constData(), b.size(), &exacto, &centavos);
+            QVERIFY2(mismoDouble(v, c.toDouble()), qPrintable(c));
+            if (exacto)
+                QVERIFY2(QString::number(double(centavos) / 100.0, 'f', 2) ==
+                             QString::number(c.toDouble(), 'f', 2),
+                         qPrintable(c));
+        }
+        bool exacto = true;
+        leerMonto("-0.00", 5, &exacto);
+        QVERIFY(!exacto);
+        leerMonto("1.234", 5, &exacto);
+        QVERIFY(!exacto);
+        leerMonto("12.3", 4, &exacto);
+        QVERIFY(exacto);
+    }
+
+    void horasComoQTime()
+    {
+        const QStringList casos = {"00:00:00", "23:59:59", "24:00:00", "12:60:00",  "9:05:01",
+                                   "09:05",    "",         "ab:cd:ef", "10:00:00 ", "07:30:15"};
+        for (const QString &c : casos) {
+            const QByteArray b = c.toLatin1();
+            const QTime t = QTime::fromString(c, "hh:mm:ss");
+            QCOMPARE(leerHora(b.constData(), b.size()),
+                     t.isValid() ? t.msecsSinceStartOfDay() / 1000 : -1);
+            QCOMPARE(textoHora(leerHora(b.constData(), b.size())), t.toString("h:mm ap"));
+        }
+    }
+
+    void lineasIncompletasYVacias()
+    {
+        ListasMonitor L;
+        L.cargarBancas("1,Uno\n");
+        const QByteArray bruto(
+            "\n\n1\n1,10:00:00,0,0,1,55\n,,,,,,,,,,,,,,,\n2,x,a,b,c,t,d,7,5,1,E,X,sobra\n"
+            "1,10:00:00,0,0,1,55,d,7,2.5,0,,X\r\n",
+            104);
+        const DatosVentas d = analizarVentas(bruto, L, "J", "S", 30);
+        QCOMPARE(int(d.jugadas.size()), 5);
+        QCOMPARE(d.jugadas[0].estado, std::uint8_t(JugadaVenta::Ninguno));
+        QCOMPARE(d.ticket(d.jugadas[1]), QStringLiteral("55"));
+        QCOMPARE(d.jugadas[3].estado, std::uint8_t(JugadaVenta::Eliminado));
+        // "X\r" is not "X".
+        QCOMPARE(d.jugadas[4].estado, std::uint8_t(JugadaVenta::Ninguno));
+        QCOMPARE(d.cantidad, 4);
+        QCOMPARE(d.ventaBruta, 2.5);
+        QCOMPARE(d.bancas[std::size_t(d.jugadas[0].banca)].nombre, QStringLiteral("Uno"));
+        QCOMPARE(d.agencias[std::size_t(d.jugadas[1].agencia)].clave, QStringLiteral("1001"));
+        QVERIFY(!d.hayResultado);
+        QCOMPARE(d.numeroGanador, -1);
+        const DatosVentas vacio = analizarVentas(QByteArray(), L, "J", "S", 30);
+        QVERIFY(vacio.jugadas.empty());
+        QCOMPARE(vacio.ventaBrutaBanca.size(), 1);
+    }
+
+    void ordenEstableYDescendente()
+    {
+        ListasMonitor L;
+        const QByteArray bruto = "1,10:00:00,0,0,1,a,d,2,1,0,,\n"
+                                 "1,10:00:00,0,0,1,b,d,1,2,0,,\n"
+                                 "1,10:00:00,0,0,1,c,d,2,3,0,,\n"
+                                 "1,10:00:00,0,0,1,d,d,1,4,0,,\n";
+        auto datos = std::make_shared<DatosVentas>(analizarVentas(bruto, L, "J", "S", 1));
+        ModeloJugadas m;
+        m.cargar(datos, 2);
+        m.sort(ModeloJugadas::ColNumero, Qt::AscendingOrder);
+        QStringList t;
+        for (int f = 0; f < 4; ++f)
+            t << m.texto(f, ModeloJugadas::ColTicket);
+        QCOMPARE(t, (QStringList{"b", "d", "a", "c"}));
+        m.sort(ModeloJugadas::ColNumero, Qt::DescendingOrder);
+        t.clear();
+        for (int f = 0; f < 4; ++f)
+            t << m.texto(f, ModeloJugadas::ColTicket);
+        QCOMPARE(t, (QStringList{"a", "c", "b", "d"}));
+        m.sort(ModeloJugadas::ColMonto, Qt::DescendingOrder);
+        QCOMPARE(m.texto(0, ModeloJugadas::ColMonto), QStringLiteral("4.00"));
+        m.sort(ModeloJugadas::ColTicket, Qt::AscendingOrder);
+        QCOMPARE(m.texto(3, ModeloJugadas::ColTicket), QStringLiteral("d"));
+        QCOMPARE(m.headerData(9, Qt::Horizontal).toString(), QStringLiteral("codAgencia"));
+    }
+};
+
+QTEST_GUILESS_MAIN(TstVentasMonitor)
+#include "tst_ventasmonitor.moc"
