@@ -174,6 +174,7 @@ int main(int argc, char **argv)
     std::mutex mutexFin;
     std::condition_variable fin;
     bool terminar = false;
+    std::atomic<bool> escuchaTerminada{false};
 
     std::thread vigia([&] {
         int senal = 0;
@@ -183,6 +184,10 @@ int main(int argc, char **argv)
             terminar = true;
         }
         fin.notify_all();
+        // A signal that arrives between the first line and the start of listening must still
+        // stop the server: wait until it listens (or gave up) before stopping it.
+        while (!http.is_running() && !escuchaTerminada)
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
         http.stop();
     });
 
@@ -204,6 +209,7 @@ int main(int argc, char **argv)
     }
 
     http.listen_after_bind();
+    escuchaTerminada = true;
 
     // listen_after_bind() also returns when the socket fails: make the watcher end too.
     {

@@ -1,0 +1,893 @@
+// The back office without sockets: every endpoint's reply layout, the prize arithmetic,
+// publish/undo, concurrent publishes, the access rule and hostile query values, on a
+// temporary database with a fixed clock (2026-11-22 14:05:00).
+#include "servidor/basedatos.h"
+#include "servidor/demo.h"
+#include "servidor/oficina.h"
+#include "servidor/texto.h"
+
+#include "tests/soporte/prueba_main.h"
+
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <atomic>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace servidor;
+
+namespace {
+
+const char *const hoy = "2026-11-22";
+const char *const ayer = "2026-11-21";
+const char *const aqui = "10.0.0.8";  // the address that logs in
+const char *const otra = "10.0.0.99"; // an address that never logged in
+
+Momento relojFijo()
+{
+    return {hoy, "14:05:00"};
+}
+
+std::vector<std::string> lineas(const std::string &r)
+{
+    std::vector<std::string> v = partir(r, '\n');
+    if (!v.empty() && v.back().empty())
+        v.pop_back();
+    return v;
+}
+
+long long contar(Oficina &o, const std::string &sql)
+{
+    long long n = -1;
+    o.conConexion([&](sqlite3 *db) {
+        Sentencia st(db, sql.c_str());
+        if (st.paso())
+            n = st.entero(0);
+    });
+    return n;
+}
+
+std::string textoSql(Oficina &o, const std::string &sql)
+{
+    std::string t;
+    o.conConexion([&](sqlite3 *db) {
+        Sentencia st(db, sql.c_str());
+        if (st.paso())
+            t = st.texto(0);
+    });
+    return t;
+}
+
+// Count of rows of every business table, to see that nothing changed.
+std::string huella(Oficina &o)
+{
+    std::string h;
+    for (const char *t : {"superbancas", "bancas", "jefes", "agencias", "taquillas", "juegos",
+                          "animales", "sorteos", "comisiones_agencia", "comisiones_banca",
+                          "usuarios", "tickets", "jugadas", "resultados", "premios"})
+        h += std::string(t) + "=" +
+             std::to_string(contar(o, std::string("SELECT COUNT(*) FROM ") + t)) + " ";
+    h += "montos=" + textoSql(o, "SELECT COALESCE(SUM(monto),0) || '/' || "
+                                 "COALESCE(SUM(eliminada),0) FROM jugadas");
+    h += " res=" + textoSql(o, "SELECT group_concat(resultado) FROM resultados");
+    return h;
+}
+
+long long primeraTaquilla(Oficina &o)
+{
+    return contar(o, "SELECT MIN(id) FROM taquillas");
+}
+
+} // namespace
+
+class PruebaOficina : public QObject {
+    Q_OBJECT
+public:
+    static int correrEscenario(const QString &) { return 2; }
+
+private:
+    QTemporaryDir m_dir;
+    std::unique_ptr<Oficina> m_demo;  // small demo network with sales
+    std::unique_ptr<Oficina> m_vacia; // same network, no sales: the arithmetic is ours
+
+    std::string pedir(Oficina &o, const std::string &endpoint, const std::string &consulta,
+                      const std::string &direccion = aqui)
+    {
+        return o.atenderConsulta(endpoint, consulta, direccion);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_dir.isValid());
+        m_demo = std::make_unique<Oficina>(m_dir.filePath("demo.db").toStdString());
+        m_demo->fijarReloj(relojFijo);
+        OpcionesDemo op;
+        op.agencias = 24;
+        op.jugadasHoy = 4000;
+        op.diasPrevios = 1;
+        op.jugadasDiaPrevio = 600;
+        QVERIFY(crearDemo(*m_demo, relojFijo(), op));
+        QCOMPARE(pedir(*m_demo, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                 std::string("1\n"));
+
+        m_vacia = std::make_unique<Oficina>(m_dir.filePath("vacia.db").toStdString());
+        m_vacia->fijarReloj(relojFijo);
+        OpcionesDemo sinVentas;
+        sinVentas.agencias = 4;
+        sinVentas.jugadasHoy = 0;
+        sinVentas.diasPrevios = 0;
+        // Created before the first draw of the day: no result, no sale.
+        QVERIFY(crearDemo(*m_vacia, Momento{hoy, "07:00:00"}, sinVentas));
+        QCOMPARE(contar(*m_vacia, "SELECT COUNT(*) FROM resultados"), 0LL);
+        QCOMPARE(pedir(*m_vacia, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                 std::string("1\n"));
+    }
+
+    // ---- text helpers --------------------------------------------------------------------
+
+    void consultas()
+    {
+        Parametros p = leerConsulta("&f=2026-11-22&j=1");
+        QCOMPARE(p.size(), size_t(2));
+        QCOMPARE(p["f"], std::string("2026-11-22"));
+        QCOMPARE(p["j"], std::string("1"));
+        p = leerConsulta("?u=ad%6Din&p=a+b%2Bc&&x");
+        QCOMPARE(p["u"], std::string("admin"));
+        QCOMPARE(p["p"], std::string("a+b+c"));
+        QCOMPARE(p["x"], std::string(""));
+        // A raw Latin-1 byte is taken as Latin-1; broken escapes stay as they are.
+        p = leerConsulta("u=Delf%EDn&a=%&b=%4&c=%zz");
+        QCOMPARE(p["u"], std::string("Delf\xC3\xADn"));
+        QCOMPARE(p["a"], std::string("%"));
+        QCOMPARE(p["b"], std::string("%4"));
+        QCOMPARE(p["c"], std::string("%zz"));
+        QCOMPARE(leerConsulta("j=1&j=2")["j"], std::string("2"));
+    }
+
+    void textos()
+    {
+        QCOMPARE(utf8ALatin1("Delf\xC3\xADn"), std::string("Delf\xEDn"));
+        QCOMPARE(utf8ALatin1("\xE2\x82\xAC"), std::string("?"));
+        QCOMPARE(utf8ALatin1("\xC3"), std::string("?"));
+        QCOMPARE(montoTexto(125000), std::string("1250.00"));
+        QCOMPARE(montoTexto(5), std::string("0.05"));
+        QCOMPARE(montoTexto(-250), std::string("-2.50"));
+        QCOMPARE(campo("a,b;c\nd"), std::string("a b c d"));
+        QVERIFY(fechaValida("2024-02-29"));
+        QVERIFY(!fechaValida("2026-02-29"));
+        QVERIFY(!fechaValida("2026-11-22' --"));
+        QVERIFY(horaValida("23:59:59"));
+        QVERIFY(!horaValida("24:00:00"));
+    }
+
+    // ---- login and access ----------------------------------------------------------------
+
+    void login()
+    {
+        const std::string r =
+            pedir(*m_demo, "validarUser.php", "u=operador&p=operador1", "10.1.1.1");
+        const auto l = lineas(r);
+        QCOMPARE(l.size(), size_t(8));
+        QCOMPARE(l[0], std::string("1"));
+        QCOMPARE(l[1], std::string("Operador de Turno"));
+        QCOMPARE(l[2], std::string("X"));
+        QCOMPARE(l[3], std::string("21,22,31"));
+        QCOMPARE(l[4], std::string("1,4"));
+        QCOMPARE(l[5], std::string("01,02"));
+        QCOMPARE(l[6], std::string("SB01"));
+        QCOMPARE(l[7], std::string("1,4"));
+        const auto a = lineas(pedir(*m_demo, "validarUser.php", "u=admin&p=tornavo1", "10.1.1.2"));
+        QCOMPARE(a[3], std::string("root"));
+        QCOMPARE(a[4], std::string("root"));
+        QCOMPARE(a[7], std::string("1,2,3,4"));
+
+        QCOMPARE(pedir(*m_demo, "validarUser.php", "u=admin&p=tornavo2", "10.1.1.3"),
+                 std::string("0\n"));
+        QCOMPARE(pedir(*m_demo, "validarUser.php", "u=nadie&p=tornavo1", "10.1.1.3"),
+                 std::string("0\n"));
+        QCOMPARE(pedir(*m_demo, "validarUser.php", "", "10.1.1.3"), std::string("0\n"));
+        // Every attempt is audited with the address.
+        QCOMPARE(contar(*m_demo, "SELECT COUNT(*) FROM auditoria WHERE accion = 'login' AND "
+                                 "direccion = '10.1.1.3' AND detalle = 'rechazado'"),
+                 3LL);
+        QCOMPARE(contar(*m_demo, "SELECT COUNT(*) FROM auditoria WHERE accion = 'login' AND "
+                                 "direccion = '10.1.1.1' AND usuario = 'operador' AND "
+                                 "detalle = 'aceptado'"),
+                 1LL);
+        // The password is stored hashed, never as typed.
+        QVERIFY(textoSql(*m_demo, "SELECT clave_hash FROM usuarios WHERE usuario = 'admin'")
+                    .rfind("$argon2", 0) == 0);
+    }
+
+    void soloDireccionesConSesion()
+    {
+        const std::string consultas[][2] = {
+            {"calcularpremios4.php", "&f=2026-11-22&j=1&s=1&a=2"},
+            {"publicarPremios2.php", "&f=2026-11-22&j=1&s=9&a=5"},
+            {"deshacerpremios.php", "&f=2026-11-22&j=1&s=9"},
+            {"autopremiar.php", "&j=1&s=9&a=5"},
+            {"monitorventas.php", "&f=2026-11-22&j=1-1"},
+            {"ventabancas2.php", "d=2026-11-21&h=2026-11-22"},
+            {"reportex.php", "bx=SB01&j=1,2,3,4&d=2026-11-21&h=2026-11-22"}};
+        const std::string antes = huella(*m_demo);
+        for (const auto &c : consultas) {
+            QVERIFY(Oficina::requiereSesion(c[0]));
+            QCOMPARE(pedir(*m_demo, c[0], c[1], otra), std::string());
+            QVERIFY2(!pedir(*m_demo, c[0], c[1], aqui).empty(), c[0].c_str());
+            // A failed login does not open the door.
+            pedir(*m_demo, "validarUser.php", "u=admin&p=mala", otra);
+            QCOMPARE(pedir(*m_demo, c[0], c[1], otra), std::string());
+        }
+        // Undo what the logged-in address just did, so the other tests see the demo data.
+        QCOMPARE(pedir(*m_demo, "deshacerpremios.php", "&f=2026-11-22&j=1&s=9"), std::string("1"));
+        QCOMPARE(pedir(*m_demo, "autopremiar.php", "&j=1&s=1&a=5"), std::string("0"));
+        QCOMPARE(pedir(*m_demo, "calcularpremios4.php", "&f=2026-11-22&j=1&s=1&a=2").substr(0, 6),
+                 std::string("banca,"));
+        // A logged-in user without the game may not publish it.
+        pedir(*m_demo, "validarUser.php", "u=operador&p=operador1", "10.1.1.9");
+        QCOMPARE(pedir(*m_demo, "publicarPremios2.php", "&f=2026-11-22&j=2&s=20&a=5", "10.1.1.9"),
+                 std::string());
+        QCOMPARE(huella(*m_demo), antes);
+        // Open endpoints answer anyone.
+        QVERIFY(!pedir(*m_demo, "datetime.php", "", otra).empty());
+        QVERIFY(!pedir(*m_demo, "sorteospremiar3.php", "", otra).empty());
+        QCOMPARE(pedir(*m_demo, "noexiste.php", "", aqui), std::string());
+    }
+
+    // ---- layouts -------------------------------------------------------------------------
+
+    void datetime()
+    {
+        const auto l = lineas(pedir(*m_demo, "datetime.php", ""));
+        QCOMPARE(l.size(), size_t(5));
+        QCOMPARE(l[0], std::string(hoy));
+        QCOMPARE(l[1], std::string("domingo"));
+        QCOMPARE(l[4], std::string("14:05:00"));
+    }
+
+    void sorteospremiar3()
+    {
+        const std::string r = pedir(*m_demo, "sorteospremiar3.php", "");
+        const size_t fin = r.find("_FIN_\n");
+        QVERIFY(fin != std::string::npos);
+        const auto juegos = lineas(r.substr(0, fin));
+        const auto sorteos = lineas(r.substr(fin + 6));
+        QCOMPARE(juegos.size(), size_t(4));
+        const auto g1 = partir(juegos[0], ';');
+        QCOMPARE(g1.size(), size_t(6));
+        QCOMPARE(g1[0], std::string("1"));
+        QCOMPARE(g1[1], std::string("Fauna Activa"));
+        QCOMPARE(g1[2], std::string(""));
+        QCOMPARE(partir(g1[3], ',').size(), size_t(38));
+        QCOMPARE(partir(g1[3], ',')[0], std::string("0"));
+        QCOMPARE(partir(g1[3], ',')[1], std::string("00"));
+        QCOMPARE(partir(g1[4], ',')[0], std::string("Delf\xEDn")); // Latin-1 byte 0xED
+        QCOMPARE(partir(g1[4], ',').size(), size_t(38));
+        QCOMPARE(g1[5], std::string("A"));
+        const auto g4 = partir(juegos[3], ';');
+        QCOMPARE(g4[2], std::string("X"));
+        QCOMPARE(g4[3], std::string(""));
+        QCOMPARE(g4[5], std::string("N"));
+        QCOMPARE(sorteos.size(), size_t(12 + 11 + 6 + 4));
+        const auto s1 = partir(sorteos[0], ';');
+        QCOMPARE(s1.size(), size_t(3));
+        QCOMPARE(s1[0], std::string("1"));
+        QCOMPARE(s1[1], std::string("1"));
+        QCOMPARE(s1[2], std::string("08:00 AM"));
+        QCOMPARE(partir(sorteos.back(), ';')[2], std::string("07:00 PM"));
+    }
+
+    void resultadosPasados()
+    {
+        // At 14:05 game 1 (08:00 .. 19:00) has results for 08:00 .. 13:00; 14:00 is left for
+        // the result script.
+        const auto l = lineas(pedir(*m_demo, "resultadosJuego.php", "f=2026-11-22&j=1"));
+        QCOMPARE(l.size(), size_t(6));
+        for (size_t i = 0; i < l.size(); ++i) {
+            const auto f = partir(l[i], ',');
+            QCOMPARE(f.size(), size_t(2));
+            QCOMPARE(f[0], std::to_string(i + 1));
+        }
+        QCOMPARE(lineas(pedir(*m_demo, "resultadosJuego.php", "f=2026-11-21&j=1")).size(),
+                 size_t(12));
+        QVERIFY(pedir(*m_demo, "resultadosJuego.php", "f=2026-11-23&j=1").empty());
+        const auto p = lineas(pedir(*m_demo, "sorteospendientes.php", "&g=resultados_demo"));
+        QCOMPARE(p.size(), size_t(2));
+        QCOMPARE(p[0], std::string(hoy));
+        QCOMPARE(p[1], std::string("1,7,14:00:00"));
+        QCOMPARE(lineas(pedir(*m_demo, "sorteospendientes.php", "&g=otro")).size(), size_t(1));
+    }
+
+    void cargarsorteosYResultados()
+    {
+        const auto s = lineas(pedir(*m_demo, "cargarsorteos.php", ""));
+        QCOMPARE(s.size(), size_t(33));
+        const auto f = partir(s[0], ',');
+        QCOMPARE(f.size(), size_t(8));
+        QCOMPARE(f[0], std::string("1"));
+        QCOMPARE(f[1], std::string("Fauna Activa"));
+        QCOMPARE(f[2], std::string("1"));
+        QCOMPARE(f[3], std::string("08:00 AM"));
+        QCOMPARE(f[4], std::string("08:00:00"));
+        QCOMPARE(f[5], std::string("1/30"));
+        QCOMPARE(f[6], std::string("X"));
+        QCOMPARE(f[7], std::string("resultados_demo"));
+        for (const auto &l : s) {
+            const auto c = partir(l, ',');
+            QCOMPARE(c.size(), size_t(8));
+            if (c[0] != "1")
+                QCOMPARE(c[6], std::string(""));
+        }
+        const auto r = lineas(pedir(*m_demo, "cargarresultados.php", ""));
+        QCOMPARE(static_cast<long long>(r.size()),
+                 contar(*m_demo, "SELECT COUNT(*) FROM resultados WHERE fecha = '2026-11-22'"));
+        bool vioNumero = false;
+        for (const auto &l : r) {
+            const auto c = partir(l, ',');
+            QCOMPARE(c.size(), size_t(8));
+            QVERIFY(horaValida(c[7]));
+            if (c[0] == "4") {
+                vioNumero = true;
+                QCOMPARE(c[2], std::string("X"));
+                QCOMPARE(c[5].size(), size_t(3));
+                QCOMPARE(c[6], std::string(""));
+            } else {
+                QCOMPARE(c[2], std::string(""));
+                QVERIFY(!c[6].empty());
+            }
+        }
+        QVERIFY(vioNumero);
+    }
+
+    void monitorSorteos()
+    {
+        const auto todos = lineas(pedir(*m_demo, "monitorsorteos2.php", "&u=admin"));
+        QCOMPARE(todos.size(), size_t(33));
+        const auto f = partir(todos[0], ';');
+        QCOMPARE(f.size(), size_t(9));
+        QCOMPARE(f[0], std::string("1-1"));
+        QCOMPARE(f[1], std::string("Fauna Activa 8AM"));
+        QCOMPARE(f[2], std::string("1"));
+        QCOMPARE(f[3], std::string("1"));
+        QCOMPARE(f[4], std::string("30"));
+        QCOMPARE(partir(f[5], ',').size(), size_t(38));
+        QCOMPARE(partir(f[6], ',').size(), size_t(38));
+        QCOMPARE(f[7], std::string("1"));
+        QCOMPARE(f[8], std::string("08:00 AM"));
+        const auto op = lineas(pedir(*m_demo, "monitorsorteos2.php", "&u=operador"));
+        QCOMPARE(op.size(), size_t(12 + 4));
+        for (const auto &l : op) {
+            const std::string c = partir(l, ';')[0];
+            QVERIFY(c.rfind("1-", 0) == 0 || c.rfind("4-", 0) == 0);
+        }
+        const auto n = partir(op.back(), ';');
+        QCOMPARE(n[0], std::string("4-33"));
+        QCOMPARE(n[4], std::string("600"));
+        QCOMPARE(n[5], std::string(""));
+        QVERIFY(pedir(*m_demo, "monitorsorteos2.php", "&u=nadie").empty());
+    }
+
+    void bancasYAgencias()
+    {
+        const auto b = lineas(pedir(*m_demo, "bancasactivas.php", ""));
+        QCOMPARE(b.size(), size_t(6));
+        QCOMPARE(b[0], std::string("01,Banca Oriente"));
+        const auto a = lineas(pedir(*m_demo, "monitoragencias.php", ""));
+        // One line per office and per draw of the games the agency has a commission for.
+        QCOMPARE(static_cast<long long>(a.size()),
+                 contar(*m_demo, "SELECT COUNT(*) FROM taquillas") * 33);
+        const auto f = partir(a[0], ',');
+        QCOMPARE(f.size(), size_t(7));
+        QCOMPARE(f[0], std::string("01"));
+        QCOMPARE(f[1], std::string("01"));
+        QCOMPARE(f[2], std::string("001"));
+        QCOMPARE(f[3], std::string("01"));
+        QCOMPARE(f[5], std::string("1-1"));
+        QCOMPARE(f[6], std::string("10.00"));
+    }
+
+    void monitorResultadosYVentas()
+    {
+        const auto r = lineas(pedir(*m_demo, "monitorresultados.php", "&f=2026-11-22"));
+        QCOMPARE(r[0], std::string("cjuego,csorteo,resultado"));
+        QCOMPARE(static_cast<long long>(r.size()) - 1,
+                 contar(*m_demo, "SELECT COUNT(*) FROM resultados WHERE fecha = '2026-11-22'"));
+        const auto r1 = partir(r[1], ',');
+        QCOMPARE(r1.size(), size_t(3));
+        QCOMPARE(r1[0], std::string("1-1"));
+        QCOMPARE(r1[1], std::string("1"));
+        QCOMPARE(r1[2], textoSql(*m_demo, "SELECT resultado FROM resultados WHERE sorteo_id = 1 "
+                                          "AND fecha = '2026-11-22'"));
+        QCOMPARE(lineas(pedir(*m_demo, "monitorresultados.php", "&f=2030-01-01")).size(),
+                 size_t(1));
+
+        // The combined code "1-3" gives exactly the plays of game 1, draw 3 of that date.
+        const auto v = lineas(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-3"));
+        QVERIFY(!v.empty());
+        QCOMPARE(static_cast<long long>(v.size()),
+                 contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 3 AND "
+                                 "fecha = '2026-11-22'"));
+        long long premiadas = 0, eliminadas = 0, pagadas = 0;
+        const std::string ganador = r1.size() ? partir(r[3], ',')[2] : "";
+        for (const auto &l : v) {
+            const auto f = partir(l, ',');
+            QCOMPARE(f.size(), size_t(12));
+            QVERIFY(horaValida(f[1]));
+            if (f[9] != "0") {
+                ++premiadas;
+                QCOMPARE(f[7], ganador);
+                // 1/30: the prize is 30 times the amount.
+                QCOMPARE(std::llround(std::stod(f[9]) * 100), std::llround(std::stod(f[8]) * 3000));
+            }
+            eliminadas += f[10] == "E";
+            pagadas += f[11] == "X";
+            QVERIFY(f[10].empty() || f[10] == "E");
+            QVERIFY(f[11].empty() || f[11] == "X");
+        }
+        QCOMPARE(premiadas, contar(*m_demo, "SELECT COUNT(*) FROM premios p JOIN jugadas j ON "
+                                            "j.id = p.jugada_id WHERE j.sorteo_id = 3 AND "
+                                            "j.fecha = '2026-11-22'"));
+        QCOMPARE(pagadas, contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 3 AND "
+                                          "fecha = '2026-11-22' AND pagada = 1"));
+        QCOMPARE(eliminadas, contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 3 "
+                                             "AND fecha = '2026-11-22' AND eliminada = 1"));
+        QVERIFY(contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE eliminada = 1") > 0);
+        QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=13").empty());
+        QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1").empty());
+    }
+
+    void ventasPorBanca()
+    {
+        const auto v = lineas(pedir(*m_demo, "ventabancas2.php", "d=2026-11-21&h=2026-11-22"));
+        QCOMPARE(static_cast<long long>(v.size()),
+                 contar(*m_demo, "SELECT COUNT(*) FROM agencias"));
+        long long bruto = 0, premios = 0;
+        for (const auto &l : v) {
+            const auto f = partir(l, ',');
+            QCOMPARE(f.size(), size_t(9));
+            QCOMPARE(f[2].substr(0, 2), f[0]);
+            QCOMPARE(f[2].size(), size_t(7));
+            QVERIFY(horaValida(f[8]));
+            bruto += std::llround(std::stod(f[5]) * 100);
+            premios += std::llround(std::stod(f[6]) * 100);
+            // Commission between 10 and 12 % on animals and 8 and 10 % on numbers.
+            const double c = std::stod(f[7]) / std::stod(f[5]);
+            QVERIFY(c >= 0.079 && c <= 0.121);
+        }
+        QCOMPARE(bruto, contar(*m_demo, "SELECT SUM(monto) FROM jugadas WHERE eliminada = 0"));
+        QCOMPARE(premios, contar(*m_demo, "SELECT SUM(monto) FROM premios"));
+        QCOMPARE(lineas(pedir(*m_demo, "ventabancas2.php", "d=2026-11-22&h=2026-11-21")).size(),
+                 size_t(0));
+        QVERIFY(pedir(*m_demo, "ventabancas2.php", "d=ayer&h=hoy").empty());
+    }
+
+    void reporteSuperBanca()
+    {
+        const std::string r =
+            pedir(*m_demo, "reportex.php", "bx=SB01&j=1,4&d=2026-11-22&h=2026-11-22");
+        const size_t a = r.find("_FIN_\n");
+        const size_t b = r.find("_FIN_\n", a + 1);
+        QVERIFY(a != std::string::npos && b != std::string::npos);
+        const auto juegos = lineas(r.substr(0, a));
+        const auto comisiones = lineas(r.substr(a + 6, b - a - 6));
+        const auto ventas = lineas(r.substr(b + 6));
+        QCOMPARE(juegos.size(), size_t(2));
+        QCOMPARE(juegos[0], std::string("1,Fauna Activa"));
+        QCOMPARE(juegos[1], std::string("4,Triple Tornavo"));
+        // Five bancas under SB01 × two games, less banca 05's number game.
+        QCOMPARE(comisiones.size(), size_t(9));
+        QCOMPARE(comisiones[0], std::string("01,1,12.00,40.00"));
+        long long bruto = 0;
+        for (const auto &l : ventas) {
+            const auto f = partir(l, ',');
+            QCOMPARE(f.size(), size_t(5));
+            QVERIFY(f[0] != "06");
+            QVERIFY(f[2] == "1" || f[2] == "4");
+            bruto += std::llround(std::stod(f[3]) * 100);
+        }
+        QCOMPARE(bruto, contar(*m_demo, "SELECT SUM(jg.monto) FROM jugadas jg JOIN sorteos s ON "
+                                        "s.id = jg.sorteo_id JOIN juegos j ON j.id = s.juego_id "
+                                        "JOIN tickets t ON t.id = jg.ticket_id JOIN taquillas tq "
+                                        "ON tq.id = t.taquilla_id JOIN agencias ag ON ag.id = "
+                                        "tq.agencia_id JOIN jefes je ON je.id = ag.jefe_id "
+                                        "JOIN bancas b ON b.id = je.banca_id WHERE b.codigo <> "
+                                        "'06' AND j.clave IN ('1','4') AND jg.eliminada = 0 AND "
+                                        "jg.fecha = '2026-11-22'"));
+        const std::string otra =
+            pedir(*m_demo, "reportex.php", "bx=SB02&j=1,2,3,4&d=2026-11-22&h=2026-11-22");
+        QVERIFY(otra.find("\n06,Banca Costa Azul,") != std::string::npos);
+        QVERIFY(otra.find("\n01,") == std::string::npos);
+    }
+
+    // ---- prize arithmetic, publish and undo ------------------------------------------------
+
+    void aritmeticaDePremios()
+    {
+        Oficina &o = *m_vacia;
+        const long long t1 = primeraTaquilla(o);
+        // Game 1, draw "8" (15:00, 1/30); game 3, draw "27" (15:00, 1/32); game 4, draw
+        // "32" (16:00, 1/600).
+        QVERIFY(o.vender(t1, "1", "8", hoy, "14:00:00", {{"0", 250}, {"00", 300}, {"0", 100}}));
+        QVERIFY(o.vender(t1 + 1, "1", "8", hoy, "14:01:00", {{"0", 1000}}));
+        QVERIFY(o.vender(t1, "3", "27", hoy, "14:02:00", {{"7", 35}}));
+        QVERIFY(o.vender(t1, "4", "32", hoy, "14:03:00", {{"012", 150}, {"12", 100}}) == false);
+        QVERIFY(o.vender(t1, "4", "32", hoy, "14:03:00", {{"012", 150}, {"120", 100}}));
+        QVERIFY(!o.vender(t1, "1", "8", hoy, "14:04:00", {{"37", 100}}));
+        QVERIFY(!o.vender(t1, "1", "8", hoy, "14:04:00", {{"5", 0}}));
+        QVERIFY(!o.vender(t1, "1", "99", hoy, "14:04:00", {{"5", 100}}));
+        // The 1.00 play on "0" is deleted: it never wins.
+        o.conConexion([](sqlite3 *db) {
+            ejecutarSql(db, "UPDATE jugadas SET eliminada = 1 WHERE monto = 100 AND numero = '0'");
+        });
+
+        auto calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=1&s=8&a=0"));
+        QCOMPARE(calculo.size(), size_t(3));
+        QCOMPARE(calculo[0], std::string("banca,agencia,ticket,numero,jugado,premio"));
+        auto f = partir(calculo[1], ',');
+        QCOMPARE(f.size(), size_t(6));
+        QCOMPARE(f[0], std::string("Banca Oriente"));
+        QCOMPARE(f[2], std::string("1"));
+        QCOMPARE(f[3], std::string("0"));
+        QCOMPARE(f[4], std::string("2.50"));
+        QCOMPARE(f[5], std::string("75.00"));
+        QCOMPARE(partir(calculo[2], ',')[5], std::string("300.00"));
+        // "00" is another animal than "0".
+        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=1&s=8&a=00"));
+        QCOMPARE(calculo.size(), size_t(2));
+        QCOMPARE(partir(calculo[1], ',')[5], std::string("90.00"));
+        QCOMPARE(lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=1&s=8&a=5")).size(),
+                 size_t(1));
+        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=7"));
+        QCOMPARE(partir(calculo[1], ',')[5], std::string("11.20"));
+        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=4&s=32&a=012"));
+        QCOMPARE(calculo.size(), size_t(2));
+        QCOMPARE(partir(calculo[1], ',')[4], std::string("1.50"));
+        QCOMPARE(partir(calculo[1], ',')[5], std::string("900.00"));
+        // A factor that does not divide evenly is rounded to the cent: 1.00 × 100 / 7 = 14.29.
+        o.conConexion([](sqlite3 *db) {
+            ejecutarSql(db, "UPDATE sorteos SET divisor = 7, dividendo = 100 WHERE id = 27");
+        });
+        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=7"));
+        QCOMPARE(partir(calculo[1], ',')[5], std::string("5.00")); // 0.35 × 100 / 7
+        QVERIFY(o.vender(t1, "3", "27", hoy, "14:04:30", {{"7", 100}}));
+        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=7"));
+        QCOMPARE(partir(calculo[2], ',')[5], std::string("14.29"));
+        // The calculation changed nothing.
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados"), 0LL);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM premios"), 0LL);
+    }
+
+    void publicarDeshacerRepublicar()
+    {
+        Oficina &o = *m_vacia;
+        const std::string antes = huella(o);
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=8&a=0"), std::string("1"));
+        QCOMPARE(
+            contar(o, "SELECT COUNT(*) FROM resultados WHERE sorteo_id = 8 AND resultado = '0'"),
+            1LL);
+        QCOMPARE(contar(o, "SELECT SUM(monto) FROM premios"), 7500LL + 30000LL);
+        QCOMPARE(lineas(pedir(o, "resultadosJuego.php", "f=2026-11-22&j=1")),
+                 std::vector<std::string>{"8,0"});
+        const auto cr = lineas(pedir(o, "cargarresultados.php", ""));
+        QCOMPARE(cr.size(), size_t(1));
+        QCOMPARE(partir(cr[0], ',')[6], std::string("Delf\xEDn"));
+        QCOMPARE(partir(cr[0], ',')[7], std::string("14:05:00"));
+        const auto mv = lineas(pedir(o, "monitorventas.php", "&f=2026-11-22&j=1-8"));
+        QCOMPARE(mv.size(), size_t(4));
+        QCOMPARE(partir(mv[0], ',')[9], std::string("75.00"));
+        QCOMPARE(partir(mv[1], ',')[9], std::string("0"));
+        QCOMPARE(partir(mv[2], ',')[10], std::string("E"));
+        QCOMPARE(partir(mv[2], ',')[9], std::string("0"));
+
+        // Sales are refused once the result is out.
+        QVERIFY(!o.vender(primeraTaquilla(o), "1", "8", hoy, "14:05:00", {{"5", 100}}));
+        long long jugadas = contar(o, "SELECT COUNT(*) FROM jugadas");
+        try {
+            o.conConexion([](sqlite3 *db) {
+                ejecutarSql(db, "INSERT INTO jugadas(ticket_id, sorteo_id, fecha, hora, numero, "
+                                "monto) VALUES(1, 8, '2026-11-22', '14:06:00', '5', 100)");
+            });
+            QFAIL("the database took a play for a draw with a result");
+        } catch (const ErrorBaseDatos &) {
+        }
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM jugadas"), jugadas);
+
+        // A second publish, even of another number, answers "0" and changes nothing.
+        const std::string publicado = huella(o);
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=8&a=00"), std::string("0"));
+        QCOMPARE(pedir(o, "autopremiar.php", "&j=1&s=8&a=00"), std::string("0"));
+        QCOMPARE(huella(o), publicado);
+
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=8"), std::string("1"));
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados"), 0LL);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM premios"), 0LL);
+        QCOMPARE(huella(o), antes);
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=8"), std::string("0"));
+
+        // Republish with another number: the new winners only.
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=8&a=00"), std::string("1"));
+        QCOMPARE(contar(o, "SELECT SUM(monto) FROM premios"), 9000LL);
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=8"), std::string("1"));
+        // After the undo the draw sells again.
+        QVERIFY(o.vender(primeraTaquilla(o), "1", "8", hoy, "14:05:00", {{"5", 100}}));
+
+        // Invalid results, unknown draws, bad or future dates: empty reply, nothing stored.
+        for (const char *q : {"&f=2026-11-22&j=1&s=8&a=37",
+                              "&f=2026-11-22&j=1&s=8&a=", "&f=2026-11-22&j=1&s=8&a=05",
+                              "&f=2026-11-22&j=4&s=32&a=12", "&f=2026-11-22&j=4&s=32&a=1234",
+                              "&f=2026-11-22&j=1&s=99&a=5", "&f=2026-11-23&j=1&s=8&a=5",
+                              "&f=22/11/2026&j=1&s=8&a=5", "&f=2026-11-22&j=1&s=32&a=5"})
+            QCOMPARE(pedir(o, "publicarPremios2.php", q), std::string());
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados"), 0LL);
+
+        // Automatic award: today's date; audited.
+        QCOMPARE(pedir(o, "autopremiar.php", "&j=4&s=32&a=012"), std::string("1"));
+        QCOMPARE(contar(o, "SELECT SUM(monto) FROM premios"), 90000LL);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados WHERE fecha = '2026-11-22'"), 1LL);
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=4&s=32"), std::string("1"));
+
+        for (const char *accion : {"publicar", "deshacer", "autopremiar"})
+            QVERIFY2(contar(o, std::string("SELECT COUNT(*) FROM auditoria WHERE accion = '") +
+                                   accion + "' AND direccion = '10.0.0.8' AND usuario = 'admin'") >=
+                         1,
+                     accion);
+        // The audit log only grows.
+        const long long filas = contar(o, "SELECT COUNT(*) FROM auditoria");
+        try {
+            o.conConexion([](sqlite3 *db) { ejecutarSql(db, "DELETE FROM auditoria"); });
+            QFAIL("audit rows were deleted");
+        } catch (const ErrorBaseDatos &) {
+        }
+        try {
+            o.conConexion(
+                [](sqlite3 *db) { ejecutarSql(db, "UPDATE auditoria SET usuario = 'x'"); });
+            QFAIL("audit rows were changed");
+        } catch (const ErrorBaseDatos &) {
+        }
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM auditoria"), filas);
+    }
+
+    void publicacionesSimultaneas()
+    {
+        // Two connections to one database (as two server processes would be) publish the same
+        // draws at the same moment with different numbers: exactly one wins each time.
+        const std::string ruta = m_dir.filePath("vacia.db").toStdString();
+        Oficina otra(ruta);
+        otra.fijarReloj(relojFijo);
+        Oficina &una = *m_vacia;
+        const long long t1 = primeraTaquilla(una);
+        // Draws 9 .. 12 of game 1 (16:00 .. 19:00) get a play on "5" and one on "6".
+        for (int s = 9; s <= 12; ++s) {
+            QVERIFY(
+                una.vender(t1, "1", std::to_string(s), hoy, "14:00:00", {{"5", 100}, {"6", 200}}));
+        }
+        for (int s = 9; s <= 12; ++s) {
+            const std::string base = "&f=2026-11-22&j=1&s=" + std::to_string(s) + "&a=";
+            std::string r1, r2, r3;
+            std::atomic<int> listos{0};
+            auto esperar = [&listos] {
+                ++listos;
+                while (listos < 3) {
+                }
+            };
+            std::thread a([&] {
+                esperar();
+                r1 = una.atenderConsulta("publicarPremios2.php", base + "5", aqui);
+            });
+            std::thread b([&] {
+                esperar();
+                r2 = otra.atenderConsulta("publicarPremios2.php", base + "6", aqui);
+            });
+            std::thread c([&] {
+                esperar();
+                r3 = otra.atenderConsulta("autopremiar.php", "&j=1&s=" + std::to_string(s) + "&a=5",
+                                          aqui);
+            });
+            a.join();
+            b.join();
+            c.join();
+            const int unos = (r1 == "1") + (r2 == "1") + (r3 == "1");
+            const int ceros = (r1 == "0") + (r2 == "0") + (r3 == "0");
+            QCOMPARE(unos, 1);
+            QCOMPARE(ceros, 2);
+            const std::string sid = std::to_string(s);
+            QCOMPARE(contar(una, "SELECT COUNT(*) FROM resultados WHERE sorteo_id = " + sid), 1LL);
+            const std::string ganador =
+                textoSql(una, "SELECT resultado FROM resultados WHERE sorteo_id = " + sid);
+            // One award set, matching the result that won.
+            QCOMPARE(contar(una, "SELECT COUNT(*) FROM premios p JOIN jugadas j ON j.id = "
+                                 "p.jugada_id WHERE j.sorteo_id = " +
+                                     sid),
+                     1LL);
+            QCOMPARE(contar(una, "SELECT SUM(p.monto) FROM premios p JOIN jugadas j ON j.id = "
+                                 "p.jugada_id WHERE j.sorteo_id = " +
+                                     sid),
+                     ganador == "5" ? 3000LL : 6000LL);
+        }
+    }
+
+    // ---- hostile values -------------------------------------------------------------------
+
+    void valoresHostiles()
+    {
+        Oficina &o = *m_demo;
+        const std::string antes = huella(o);
+        const std::string usuarios =
+            textoSql(o, "SELECT group_concat(usuario || clave_hash) FROM usuarios");
+        const std::vector<std::string> valores = {"'",
+                                                  "\"",
+                                                  "';--",
+                                                  "' OR '1'='1",
+                                                  "1' OR 1=1 --",
+                                                  "1; DROP TABLE jugadas; --",
+                                                  "'); DELETE FROM resultados; --",
+                                                  "1-1' OR '1'='1",
+                                                  "%27%20OR%20%271%27%3D%271",
+                                                  "%00",
+                                                  "\\",
+                                                  "2026-11-22' OR ''='",
+                                                  "%",
+                                                  "_FIN_",
+                                                  "a\nb",
+                                                  std::string(100000, 'x'),
+                                                  std::string(20000, '\''),
+                                                  "0 UNION SELECT clave_hash FROM usuarios"};
+        const std::vector<std::pair<std::string, std::vector<std::string>>> endpoints = {
+            {"validarUser.php", {"u", "p"}},
+            {"datetime.php", {"x"}},
+            {"sorteospremiar3.php", {"x"}},
+            {"resultadosJuego.php", {"f", "j"}},
+            {"calcularpremios4.php", {"f", "j", "s", "a"}},
+            {"publicarPremios2.php", {"f", "j", "s", "a"}},
+            {"deshacerpremios.php", {"f", "j", "s"}},
+            {"cargarsorteos.php", {"x"}},
+            {"cargarresultados.php", {"x"}},
+            {"autopremiar.php", {"j", "s", "a"}},
+            {"monitorsorteos2.php", {"u"}},
+            {"bancasactivas.php", {"x"}},
+            {"monitoragencias.php", {"x"}},
+            {"monitorresultados.php", {"f"}},
+            {"monitorventas.php", {"f", "j"}},
+            {"ventabancas2.php", {"d", "h"}},
+            {"reportex.php", {"bx", "j", "d", "h"}},
+            {"sorteospendientes.php", {"g"}}};
+        // Good values for the other keys, so that each hostile value reaches the SQL.
+        const Parametros buenos = {{"u", "admin"}, {"p", "tornavo1"},
+                                   {"f", hoy},     {"j", "1"},
+                                   {"s", "8"},     {"a", "5"},
+                                   {"d", ayer},    {"h", hoy},
+                                   {"bx", "SB01"}, {"g", "resultados_demo"}};
+        for (const auto &e : endpoints) {
+            for (const std::string &clave : e.second) {
+                for (const std::string &v : valores) {
+                    Parametros p = buenos;
+                    if (e.first == "monitorventas.php")
+                        p["j"] = "1-3";
+                    p[clave] = v;
+                    const std::string r = o.atender(e.first, p, aqui);
+                    if (e.first == "validarUser.php")
+                        QCOMPARE(r, std::string("0\n"));
+                    if (e.first == "monitorventas.php" && clave == "j")
+                        QCOMPARE(r, std::string());
+                    if (e.first == "calcularpremios4.php" && clave == "a")
+                        QCOMPARE(lineas(r).size(), size_t(1));
+                    if (e.first == "publicarPremios2.php" || e.first == "autopremiar.php" ||
+                        e.first == "deshacerpremios.php")
+                        QCOMPARE(r, std::string());
+                    // The raw query form too, with the value as sent on the wire (the
+                    // password check is slow by design: once is enough for it).
+                    if (e.first != "validarUser.php")
+                        o.atenderConsulta(e.first, "&" + clave + "=" + v, aqui);
+                }
+            }
+        }
+        QCOMPARE(huella(o), antes);
+        QCOMPARE(textoSql(o, "SELECT group_concat(usuario || clave_hash) FROM usuarios"), usuarios);
+        QCOMPARE(textoSql(o, "PRAGMA integrity_check"), std::string("ok"));
+        // Audit rows keep huge values short.
+        QVERIFY(contar(o, "SELECT MAX(length(usuario) + length(detalle)) FROM auditoria") < 1000);
+    }
+
+    void consultaMalformada()
+    {
+        Oficina &o = *m_demo;
+        for (const char *q : {"", "?", "&", "&&&", "=", "==", "&=&=", "f", "f=", "%", "%%%",
+                              "f=%ZZ&j=%", "?&f=2026-11-22&&j=1-3&"}) {
+            for (const char *e : {"monitorventas.php", "calcularpremios4.php", "reportex.php",
+                                  "ventabancas2.php", "resultadosJuego.php", "validarUser.php"})
+                o.atenderConsulta(e, q, aqui);
+        }
+        QCOMPARE(
+            lineas(o.atenderConsulta("monitorventas.php", "?&f=2026-11-22&&j=1-3&", aqui)).size(),
+            static_cast<size_t>(contar(o, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 3 "
+                                          "AND fecha = '2026-11-22'")));
+    }
+
+    // ---- demo network ----------------------------------------------------------------------
+
+    void redDeDemostracion()
+    {
+        QTemporaryDir dir;
+        Oficina o(dir.filePath("completa.db").toStdString());
+        o.fijarReloj(relojFijo);
+        QElapsedTimer reloj;
+        reloj.start();
+        QVERIFY(crearDemo(o, relojFijo()));
+        QVERIFY2(reloj.elapsed() < 15000, "the demo network takes too long");
+        QVERIFY(!crearDemo(o, relojFijo())); // only once
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM agencias"), 300LL);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM superbancas"), 2LL);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM bancas"), 6LL);
+        QVERIFY(contar(o, "SELECT COUNT(*) FROM jefes") >= 12);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM jugadas WHERE fecha = '2026-11-22'"), 40000LL);
+        QVERIFY(
+            contar(o, "SELECT COUNT(*) FROM jugadas WHERE fecha = '2026-11-22' AND eliminada = 1") >
+            0);
+        QVERIFY(
+            contar(o, "SELECT COUNT(*) FROM jugadas WHERE fecha = '2026-11-22' AND pagada = 1") >
+            0);
+        // No play sold after now, nor after its draw.
+        QCOMPARE(
+            contar(o,
+                   "SELECT COUNT(*) FROM jugadas WHERE fecha = '2026-11-22' AND hora > '14:05:00'"),
+            0LL);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM jugadas j JOIN sorteos s ON s.id = j.sorteo_id "
+                           "WHERE j.hora >= s.hora"),
+                 0LL);
+        // Results only for the draws already past, except the automatic game's last one.
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados r JOIN sorteos s ON s.id = r.sorteo_id "
+                           "WHERE r.fecha = '2026-11-22' AND s.hora > '14:05:00'"),
+                 0LL);
+        QCOMPARE(
+            contar(
+                o,
+                "SELECT COUNT(*) FROM sorteos s WHERE s.hora <= '14:05:00' AND NOT EXISTS "
+                "(SELECT 1 FROM resultados r WHERE r.sorteo_id = s.id AND r.fecha = '2026-11-22')"),
+            1LL);
+        // Every award is amount × dividend ÷ divisor of a play that matches its result.
+        QCOMPARE(
+            contar(
+                o,
+                "SELECT COUNT(*) FROM premios p JOIN jugadas j ON j.id = p.jugada_id "
+                "JOIN sorteos s ON s.id = j.sorteo_id JOIN resultados r ON r.id = p.resultado_id "
+                "WHERE p.monto * s.divisor <> j.monto * s.dividendo OR j.numero <> r.resultado "
+                "OR j.eliminada = 1"),
+            0LL);
+        QVERIFY(contar(o, "SELECT COUNT(*) FROM premios") > 100);
+        QCOMPARE(textoSql(o, "SELECT nombre FROM animales WHERE numero = '0' LIMIT 1"),
+                 std::string("Delfín"));
+        QCOMPARE(textoSql(o, "SELECT nombre FROM animales WHERE numero = '36' LIMIT 1"),
+                 std::string("Culebra"));
+        QCOMPARE(textoSql(o, "PRAGMA journal_mode"), std::string("wal"));
+        QCOMPARE(contar(o, "PRAGMA foreign_keys"), 1LL);
+        QCOMPARE(contar(o, "PRAGMA foreign_key_check"), -1LL); // no row: no broken reference
+
+        // The simulator sells on open draws only.
+        std::mt19937 azar(7);
+        const long long antes = contar(o, "SELECT COUNT(*) FROM tickets");
+        QVERIFY(simularVentas(o, azar, 20) > 0);
+        QVERIFY(contar(o, "SELECT COUNT(*) FROM tickets") > antes);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM jugadas j JOIN sorteos s ON s.id = j.sorteo_id "
+                           "WHERE j.fecha = '2026-11-22' AND j.hora > '14:05:00' "
+                           "AND s.hora <= '14:05:00'"),
+                 0LL);
+    }
+
+    void animalesDeLaLista()
+    {
+        const auto a = animalesDemo();
+        QCOMPARE(a.size(), size_t(38));
+        QCOMPARE(a[0].numero, std::string("0"));
+        QCOMPARE(a[1].numero, std::string("00"));
+        QCOMPARE(a[1].nombre, std::string("Ballena"));
+        QCOMPARE(leerAnimales("# x\n\n1;Uno\r\nmal\n2;Dos").size(), size_t(2));
+    }
+};
+
+TORNAVO_PRUEBA_MAIN(PruebaOficina)
+#include "tst_oficina.moc"
