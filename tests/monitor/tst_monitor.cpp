@@ -798,9 +798,47 @@ private slots:
     }
 };
 
-int TstMonitor::correrEscenario(const QString &)
+// "mostrar": the dialog with data on screen, for looking at it. With TORNAVO_SERVIDOR set
+// ("127.0.0.1:PORT") it talks to that server, otherwise to the fixture server with sample
+// data. It chooses draw TORNAVO_SORTEO (default 0), asks for the sales, optionally clicks the
+// summary row TORNAVO_CLIC, saves a picture to TORNAVO_CAPTURA and stays TORNAVO_SEGUNDOS.
+int TstMonitor::correrEscenario(const QString &nombre)
 {
-    return 2;
+    if (nombre != QLatin1String("mostrar"))
+        return 2;
+    SesionGlobal::usuario = qEnvironmentVariable("TORNAVO_USUARIO", "admin");
+    SesionGlobal::decimales = 2;
+    const RepliesAleatorias r = generarReplies(5, 300);
+    Escena e(kSorteos, kBancas + "4,Banca Cuatro\n", kAgencias, kResultados);
+    if (qEnvironmentVariableIsSet("TORNAVO_SERVIDOR"))
+        e.dir.apuntarA(qEnvironmentVariable("TORNAVO_SERVIDOR"));
+    QByteArray ventas = "1,10:00:00,0,0,1,2001,s,00,10,0,,\n2,10:01:00,0,0,1,2002,s,0,20,0,,\n"
+                        "1,10:02:00,0,0,2,2003,s,00,5,0,E,\n3,10:03:00,0,0,9,2004,s,1,100,0,,X\n";
+    for (const QByteArray &l : r.ventas.split('\n'))
+        if (l.count(',') == 11)
+            ventas += l.left(l.indexOf(',')).replace("7", "4") +
+                      l.mid(l.indexOf(',')).replace("J1-1", "L1-10") + "\n";
+    e.abrir();
+    e.m->resize(1240, 720);
+    e.m->show();
+    e.esperarCarga();
+    if (!e.ventas(qEnvironmentVariableIntValue("TORNAVO_SORTEO"), ventas))
+        return 3;
+    if (qEnvironmentVariableIsSet("TORNAVO_CLIC"))
+        e.m->on_tableWidget_resumen_numeros_clicked(
+            e.tabla("tableWidget_resumen_numeros")
+                ->model()
+                ->index(qEnvironmentVariableIntValue("TORNAVO_CLIC"), 0));
+    if (qEnvironmentVariableIsSet("TORNAVO_TAB"))
+        e.w<QTabWidget>("tabWidget_numeros")
+            ->setCurrentIndex(qEnvironmentVariableIntValue("TORNAVO_TAB"));
+    if (qEnvironmentVariableIsSet("TORNAVO_TAB2"))
+        e.w<QTabWidget>("tabWidget")->setCurrentIndex(qEnvironmentVariableIntValue("TORNAVO_TAB2"));
+    QTest::qWait(600);
+    if (qEnvironmentVariableIsSet("TORNAVO_CAPTURA"))
+        e.m->grab().save(qEnvironmentVariable("TORNAVO_CAPTURA"));
+    QTest::qWait(1000 * qEnvironmentVariableIntValue("TORNAVO_SEGUNDOS"));
+    return 0;
 }
 
 TORNAVO_PRUEBA_MAIN(TstMonitor)
