@@ -47,6 +47,12 @@ QString buscarValor(const QString &clave)
     return valor;
 }
 
+QString textoReloj(const QTime &hora)
+{
+    return hora.toString(hora.second() % 2 == 0 ? QStringLiteral("h;mm;ss ap")
+                                                : QStringLiteral("h:mm:ss ap"));
+}
+
 QString rutaImagenAnimal(const QString &carpeta, const QString &nombre)
 {
     const QString base = QStringLiteral("animales/") + carpeta + QLatin1Char('/') + nombre;

@@ -1,5 +1,6 @@
 #include "app/mensaje.h"
 
+#include <QPointer>
 #include <QPushButton>
 #include <QVariant>
 
@@ -49,10 +50,12 @@ void mostrarMensaje(QWidget *padre, const QString &titulo, const QString &texto,
 bool mostrarPregunta(QWidget *padre, const QString &titulo, const QString &texto,
                      const QString &textoRechazo, IconoMensaje icono)
 {
-    QMessageBox *caja = nuevaCaja(padre, titulo, texto, icono);
+    QPointer<QMessageBox> caja = nuevaCaja(padre, titulo, texto, icono);
     QAbstractButton *aceptar = caja->buttons().value(0);
     caja->addButton(textoRechazo, QMessageBox::RejectRole);
     caja->exec();
+    if (!caja)
+        return false;
     const bool si = caja->clickedButton() == aceptar;
     if (!padre)
         caja->deleteLater();
@@ -63,21 +66,28 @@ bool confirmarAccion(QWidget *padre, const QString &titulo, const QString &texto
                      const QString &informativo, const QPixmap &icono, const QString &textoCancelar,
                      const QString &textoAccion)
 {
-    QMessageBox caja(padre);
-    caja.setWindowTitle(titulo);
-    caja.setText(texto);
-    caja.setInformativeText(informativo);
+    // On the heap and guarded: the parent may be closed and deleted while the box is open.
+    QPointer<QMessageBox> caja = new QMessageBox(padre);
+    caja->setWindowTitle(titulo);
+    caja->setText(texto);
+    caja->setInformativeText(informativo);
     if (!icono.isNull())
-        caja.setIconPixmap(icono);
-    caja.addButton(textoCancelar, QMessageBox::NoRole);
-    QPushButton *accion = caja.addButton(textoAccion, QMessageBox::YesRole);
-    caja.exec();
-    return caja.clickedButton() == accion;
+        caja->setIconPixmap(icono);
+    caja->addButton(textoCancelar, QMessageBox::NoRole);
+    QPushButton *accion = caja->addButton(textoAccion, QMessageBox::YesRole);
+    caja->exec();
+    if (!caja)
+        return false;
+    const bool si = caja->clickedButton() == accion;
+    caja->deleteLater();
+    return si;
 }
 
 void mensajeSimple(QWidget *padre, QMessageBox::Icon icono, const QString &titulo,
                    const QString &texto)
 {
-    QMessageBox caja(icono, titulo, texto, QMessageBox::Ok, padre);
-    caja.exec();
+    QPointer<QMessageBox> caja = new QMessageBox(icono, titulo, texto, QMessageBox::Ok, padre);
+    caja->exec();
+    if (caja)
+        caja->deleteLater();
 }

@@ -1,6 +1,7 @@
 #include "autopremiacion/auto_calcular.h"
 #include "ui_auto_calcular.h"
 
+#include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/red.h"
 #include "app/sesion.h"

@@ -129,12 +129,6 @@ QVector<FilaResultado> aplicarResultados(const QString &texto, ListasResultado &
     return filas;
 }
 
-QString textoReloj(const QTime &hora)
-{
-    return hora.toString(hora.second() % 2 == 0 ? QStringLiteral("h;mm;ss ap")
-                                                : QStringLiteral("h:mm:ss ap"));
-}
-
 int desfaseServidor(const QString &texto, const QTime &reloj)
 {
     const QTime servidor =

@@ -96,9 +96,6 @@ struct FilaResultado {
 QVector<FilaResultado> aplicarResultados(const QString &texto, ListasResultado &resultados,
                                          ListasSorteo &sorteos);
 
-// Clock text: separators ":" in odd seconds and ";" in even ones ("3:05:07 pm", "3;05;08 pm").
-QString textoReloj(const QTime &hora);
-
 // Seconds from the console's clock to the server time on the fifth line of a "datetime.php"
 // reply (0 when that line is missing or is no time).
 int desfaseServidor(const QString &texto, const QTime &reloj);

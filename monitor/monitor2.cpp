@@ -46,12 +46,6 @@ void anchos(QTableView *tabla, const QList<int> &valores)
 
 } // namespace
 
-QString textoReloj(const QTime &hora)
-{
-    return hora.toString(hora.second() % 2 == 1 ? QStringLiteral("h:mm:ss ap")
-                                                : QStringLiteral("h;mm;ss ap"));
-}
-
 Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
 {
     ui->setupUi(this);

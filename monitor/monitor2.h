@@ -100,5 +100,3 @@ private:
     double m_comision = 0;
 };
 
-// Text of the blinking clock: "h:mm:ss ap" on odd seconds, "h;mm;ss ap" on even ones.
-QString textoReloj(const QTime &hora);
