@@ -1,4 +1,5 @@
 #include "autopremiacion/datos_autopremiacion.h"
+#include "app/formato.h"
 #include "tests/soporte/entornoprueba.h"
 #include "tests/soporte/prueba_main.h"
 
