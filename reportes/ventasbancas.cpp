@@ -47,6 +47,10 @@ VentasBancas::VentasBancas(QWidget *parent)
                   {QStringLiteral("Banca"), QStringLiteral("Cantidad\nAgencias"),
                    QStringLiteral("Venta Bruta"), QStringLiteral("Comisión")},
                   {150, 100, 150, 150});
+    // The agency table gets the room its five columns need.
+    ui->splitter->setStretchFactor(0, 3);
+    ui->splitter->setStretchFactor(1, 2);
+    ui->splitter->setSizes({800, 600});
     connect(m_red, &QNetworkAccessManager::finished, this, &VentasBancas::recibirVentas);
     // The machine's own date, not the server's.
     ui->dateEdit_desde->setDate(QDate::currentDate());

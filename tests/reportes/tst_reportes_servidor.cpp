@@ -17,6 +17,7 @@
 #include <QPushButton>
 #include <QSet>
 #include <QSignalSpy>
+#include <QTabWidget>
 #include <QTableWidget>
 
 #include <cmath>
@@ -115,7 +116,9 @@ class TstReportesServidor : public QObject {
 
 public:
     // "mostrar": both reports filled and on screen for a while, to be looked at (run by hand
-    // under a display; TORNAVO_SEGUNDOS sets how long).
+    // under a display; TORNAVO_SEGUNDOS sets how long, TORNAVO_SOLO=ventas shows only the sales
+    // by banca, TORNAVO_DETALLE picks the second banca and shows its detail, or with "resumen"
+    // only its selected row).
     static int correrEscenario(const QString &nombre)
     {
         if (nombre != "mostrar")
@@ -133,6 +136,12 @@ public:
         ventas->move(0, 0);
         ventas->show();
         pulsarYEsperar(*ventas, "pushButton_actualizar");
+        if (qEnvironmentVariable("TORNAVO_SOLO") == "ventas") {
+            ventas->resize(1380, 900);
+            QTest::qWait(1000 * qEnvironmentVariableIntValue("TORNAVO_SEGUNDOS"));
+            delete ventas;
+            return 0;
+        }
         auto *reporte = new reporteVentasX;
         reporte->setWindowTitle("Reporte de Ventas Super Banca");
         reporte->findChild<QDateEdit *>("dateEdit_desde")->setDate(kDia.addDays(-6));
@@ -144,7 +153,8 @@ public:
             auto *t = reporte->findChild<QTableWidget *>("tableWidget_ventas");
             const QRect r = t->visualRect(t->model()->index(1, 0));
             QTest::mouseClick(t->viewport(), Qt::LeftButton, {}, r.center());
-            reporte->findChild<QTabWidget *>("tabWidget")->setCurrentIndex(1);
+            if (qEnvironmentVariable("TORNAVO_DETALLE") != "resumen")
+                reporte->findChild<QTabWidget *>("tabWidget")->setCurrentIndex(1);
         }
         QTest::qWait(1000 * qEnvironmentVariableIntValue("TORNAVO_SEGUNDOS"));
         delete reporte;
