@@ -638,6 +638,9 @@ private slots:
                  QStringLiteral("color: rgb(255, 255, 255);background-color: rgb(224, 27, 36);"));
         QCOMPARE(b.publicar()->text(), QStringLiteral("Lotto Activo-10AM => 05-León"));
         QCOMPARE(b.estados(), QStringLiteral("1101"));
+        // Long status texts never widen the window.
+        QTest::qWait(50);
+        QCOMPARE(b.dlg->size(), QSize(1020, 700));
 
         // Typing again removes the banner and its colours.
         b.teclear("1", false);
