@@ -33,6 +33,13 @@ std::string campoLinea(const std::string &texto)
     return salida;
 }
 
+// The monitor's game code names the game and the draw together. It ends in ":" so that
+// game code + animal code stays unambiguous ("1-1:" + "10" is not "1-11:" + "0").
+std::string codigoMonitor(const std::string &juego, const std::string &sorteo)
+{
+    return campo(juego) + "-" + campo(sorteo) + ":";
+}
+
 std::string valor(const Parametros &p, const char *clave)
 {
     const auto it = p.find(clave);
@@ -612,7 +619,7 @@ std::string Oficina::monitorsorteos2(const Parametros &p)
         const std::string juego = st.texto(0);
         if (!puedeJuego(usuario, juego))
             continue;
-        r += campo(juego) + "-" + campo(st.texto(1)) + ";" + campo(st.texto(2)) + " " +
+        r += codigoMonitor(juego, st.texto(1)) + ";" + campo(st.texto(2)) + " " +
              horaCorta(st.texto(3)) + ";" + (st.entero(4) ? "1" : "0") + ";" +
              std::to_string(st.entero(5)) + ";" + std::to_string(st.entero(6)) + ";" + st.texto(7) +
              ";" + st.texto(8) + ";" + campo(st.texto(1)) + ";" + campo(st.texto(9)) + "\n";
@@ -632,7 +639,7 @@ std::string Oficina::bancasactivas()
 std::string Oficina::monitoragencias()
 {
     Sentencia st(m_db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo, ag.nombre, "
-                       "j.clave || '-' || s.clave, ca.porcentaje "
+                       "j.clave || '-' || s.clave || ':', ca.porcentaje "
                        "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
                        "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
                        "JOIN comisiones_agencia ca ON ca.agencia_id = ag.id "
@@ -652,7 +659,7 @@ std::string Oficina::monitoragencias()
 
 std::string Oficina::monitorresultados(const Parametros &p)
 {
-    Sentencia st(m_db, "SELECT j.clave || '-' || s.clave, s.clave, r.resultado "
+    Sentencia st(m_db, "SELECT j.clave || '-' || s.clave || ':', s.clave, r.resultado "
                        "FROM resultados r JOIN sorteos s ON s.id = r.sorteo_id "
                        "JOIN juegos j ON j.id = s.juego_id WHERE r.fecha = ?1 "
                        "ORDER BY j.id, s.hora, s.id");
@@ -676,7 +683,7 @@ std::string Oficina::monitorventas(const Parametros &p)
                  "JOIN agencias ag ON ag.id = tq.agencia_id JOIN jefes je ON je.id = ag.jefe_id "
                  "JOIN bancas b ON b.id = je.banca_id "
                  "LEFT JOIN premios pr ON pr.jugada_id = jg.id "
-                 "WHERE j.clave || '-' || s.clave = ?2 ORDER BY jg.hora, t.id, jg.id");
+                 "WHERE j.clave || '-' || s.clave || ':' = ?2 ORDER BY jg.hora, t.id, jg.id");
     st.bind(1, valor(p, "f")).bind(2, valor(p, "j"));
     std::string r;
     while (st.paso()) {

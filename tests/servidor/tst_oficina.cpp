@@ -211,7 +211,7 @@ private slots:
             {"publicarPremios2.php", "&f=2026-11-22&j=1&s=9&a=5"},
             {"deshacerpremios.php", "&f=2026-11-22&j=1&s=9"},
             {"autopremiar.php", "&j=1&s=9&a=5"},
-            {"monitorventas.php", "&f=2026-11-22&j=1-1"},
+            {"monitorventas.php", "&f=2026-11-22&j=1-1:"},
             {"ventabancas2.php", "d=2026-11-21&h=2026-11-22"},
             {"reportex.php", "bx=SB01&j=1,2,3,4&d=2026-11-21&h=2026-11-22"}};
         const std::string antes = huella(*m_demo);
@@ -350,7 +350,7 @@ private slots:
         QCOMPARE(todos.size(), size_t(33));
         const auto f = partir(todos[0], ';');
         QCOMPARE(f.size(), size_t(9));
-        QCOMPARE(f[0], std::string("1-1"));
+        QCOMPARE(f[0], std::string("1-1:"));
         QCOMPARE(f[1], std::string("Fauna Activa 8AM"));
         QCOMPARE(f[2], std::string("1"));
         QCOMPARE(f[3], std::string("1"));
@@ -366,7 +366,7 @@ private slots:
             QVERIFY(c.rfind("1-", 0) == 0 || c.rfind("4-", 0) == 0);
         }
         const auto n = partir(op.back(), ';');
-        QCOMPARE(n[0], std::string("4-33"));
+        QCOMPARE(n[0], std::string("4-33:"));
         QCOMPARE(n[4], std::string("600"));
         QCOMPARE(n[5], std::string(""));
         QVERIFY(pedir(*m_demo, "monitorsorteos2.php", "&u=nadie").empty());
@@ -387,7 +387,7 @@ private slots:
         QCOMPARE(f[1], std::string("01"));
         QCOMPARE(f[2], std::string("001"));
         QCOMPARE(f[3], std::string("01"));
-        QCOMPARE(f[5], std::string("1-1"));
+        QCOMPARE(f[5], std::string("1-1:"));
         QCOMPARE(f[6], std::string("10.00"));
     }
 
@@ -399,15 +399,15 @@ private slots:
                  contar(*m_demo, "SELECT COUNT(*) FROM resultados WHERE fecha = '2026-11-22'"));
         const auto r1 = partir(r[1], ',');
         QCOMPARE(r1.size(), size_t(3));
-        QCOMPARE(r1[0], std::string("1-1"));
+        QCOMPARE(r1[0], std::string("1-1:"));
         QCOMPARE(r1[1], std::string("1"));
         QCOMPARE(r1[2], textoSql(*m_demo, "SELECT resultado FROM resultados WHERE sorteo_id = 1 "
                                           "AND fecha = '2026-11-22'"));
         QCOMPARE(lineas(pedir(*m_demo, "monitorresultados.php", "&f=2030-01-01")).size(),
                  size_t(1));
 
-        // The combined code "1-3" gives exactly the plays of game 1, draw 3 of that date.
-        const auto v = lineas(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-3"));
+        // The combined code "1-3:" gives exactly the plays of game 1, draw 3 of that date.
+        const auto v = lineas(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-3:"));
         QVERIFY(!v.empty());
         QCOMPARE(static_cast<long long>(v.size()),
                  contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 3 AND "
@@ -577,7 +577,7 @@ private slots:
         QCOMPARE(cr.size(), size_t(1));
         QCOMPARE(partir(cr[0], ',')[6], std::string("Delf\xEDn"));
         QCOMPARE(partir(cr[0], ',')[7], std::string("14:05:00"));
-        const auto mv = lineas(pedir(o, "monitorventas.php", "&f=2026-11-22&j=1-8"));
+        const auto mv = lineas(pedir(o, "monitorventas.php", "&f=2026-11-22&j=1-8:"));
         QCOMPARE(mv.size(), size_t(4));
         QCOMPARE(partir(mv[0], ',')[9], std::string("75.00"));
         QCOMPARE(partir(mv[1], ',')[9], std::string("0"));
@@ -726,7 +726,7 @@ private slots:
                                                   "1' OR 1=1 --",
                                                   "1; DROP TABLE jugadas; --",
                                                   "'); DELETE FROM resultados; --",
-                                                  "1-1' OR '1'='1",
+                                                  "1-1:' OR '1'='1",
                                                   "%27%20OR%20%271%27%3D%271",
                                                   "%00",
                                                   "\\",
@@ -767,7 +767,7 @@ private slots:
                 for (const std::string &v : valores) {
                     Parametros p = buenos;
                     if (e.first == "monitorventas.php")
-                        p["j"] = "1-3";
+                        p["j"] = "1-3:";
                     p[clave] = v;
                     const std::string r = o.atender(e.first, p, aqui);
                     if (e.first == "validarUser.php")
@@ -797,13 +797,13 @@ private slots:
     {
         Oficina &o = *m_demo;
         for (const char *q : {"", "?", "&", "&&&", "=", "==", "&=&=", "f", "f=", "%", "%%%",
-                              "f=%ZZ&j=%", "?&f=2026-11-22&&j=1-3&"}) {
+                              "f=%ZZ&j=%", "?&f=2026-11-22&&j=1-3:&"}) {
             for (const char *e : {"monitorventas.php", "calcularpremios4.php", "reportex.php",
                                   "ventabancas2.php", "resultadosJuego.php", "validarUser.php"})
                 o.atenderConsulta(e, q, aqui);
         }
         QCOMPARE(
-            lineas(o.atenderConsulta("monitorventas.php", "?&f=2026-11-22&&j=1-3&", aqui)).size(),
+            lineas(o.atenderConsulta("monitorventas.php", "?&f=2026-11-22&&j=1-3:&", aqui)).size(),
             static_cast<size_t>(contar(o, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 3 "
                                           "AND fecha = '2026-11-22'")));
     }

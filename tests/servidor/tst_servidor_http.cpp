@@ -108,7 +108,7 @@ private slots:
             "publicarPremios2.php?&f=2026-11-22&j=1&s=8&a=5",
             "deshacerpremios.php?&f=2026-11-22&j=1&s=1",
             "autopremiar.php?&j=1&s=7&a=5",
-            "monitorventas.php?&f=2026-11-22&j=1-3",
+            "monitorventas.php?&f=2026-11-22&j=1-3:",
             "ventabancas2.php?d=2026-11-22&h=2026-11-22",
             "reportex.php?bx=SB01&j=1,2,3,4&d=2026-11-22&h=2026-11-22"};
         for (const char *p : protegidos) {
@@ -117,12 +117,12 @@ private slots:
             QCOMPARE(estado, 200);
         }
         QCOMPARE(c.get("validarUser.php?u=admin&p=equivocada"), std::string("0\n"));
-        QCOMPARE(c.get("monitorventas.php?&f=2026-11-22&j=1-3"), std::string());
+        QCOMPARE(c.get("monitorventas.php?&f=2026-11-22&j=1-3:"), std::string());
         const QStringList login = lineasDe(c.get("validarUser.php?u=admin&p=tornavo1"));
         QCOMPARE(login.size(), 8);
         QCOMPARE(login[0], QStringLiteral("1"));
         QCOMPARE(login[2], QStringLiteral("X"));
-        QVERIFY(lineasDe(c.get("monitorventas.php?&f=2026-11-22&j=1-3")).size() > 100);
+        QVERIFY(lineasDe(c.get("monitorventas.php?&f=2026-11-22&j=1-3:")).size() > 100);
         QCOMPARE(lineasDe(c.get("calcularpremios4.php?&f=2026-11-22&j=1&s=8&a=5")).value(0),
                  QStringLiteral("banca,agencia,ticket,numero,jugado,premio"));
         QVERIFY(c.get("reportex.php?bx=SB01&j=1,2,3,4&d=2026-11-22&h=2026-11-22").find("_FIN_") !=
@@ -167,11 +167,11 @@ private slots:
         const QStringList res = lineasDe(c.get("monitorresultados.php?&f=2026-11-22"));
         QString ganador;
         for (const QString &l : res) {
-            if (l.startsWith("1-9,"))
+            if (l.startsWith("1-9:,"))
                 ganador = l.section(',', 2, 2);
         }
         QVERIFY(!ganador.isEmpty());
-        const QStringList ventas = lineasDe(c.get("monitorventas.php?&f=2026-11-22&j=1-9"));
+        const QStringList ventas = lineasDe(c.get("monitorventas.php?&f=2026-11-22&j=1-9:"));
         double premiosMonitor = 0;
         for (const QString &v : ventas)
             premiosMonitor += v.section(',', 9, 9).toDouble();
@@ -191,7 +191,7 @@ private slots:
         QVERIFY(s.iniciado());
         Cliente c(s);
         c.get("validarUser.php?u=admin&p=tornavo1");
-        const std::string antes = c.get("monitorventas.php?&f=2026-11-22&j=1-3");
+        const std::string antes = c.get("monitorventas.php?&f=2026-11-22&j=1-3:");
         const std::string resultados = c.get("monitorresultados.php?&f=2026-11-22");
         const std::string largo(6000, 'x');
         const std::string enorme(20000, 'y');
@@ -220,7 +220,7 @@ private slots:
                     QCOMPARE(r, std::string());
             }
         }
-        QCOMPARE(c.get("monitorventas.php?&f=2026-11-22&j=1-3"), antes);
+        QCOMPARE(c.get("monitorventas.php?&f=2026-11-22&j=1-3:"), antes);
         QCOMPARE(c.get("monitorresultados.php?&f=2026-11-22"), resultados);
         QCOMPARE(lineasDe(c.get("validarUser.php?u=admin&p=tornavo1")).size(), 8);
     }
