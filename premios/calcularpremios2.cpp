@@ -180,7 +180,7 @@ void calcularpremios2::mostrarResultados(QDate date, QString _juego)
 
 void calcularpremios2::mhora()
 {
-    ui->lineEdit_hora->setText(premios::horaParpadeante(horaActual));
+    ui->lineEdit_hora->setText(textoReloj(horaActual));
 }
 
 QString calcularpremios2::nombreAnimal(QString _cjuego, QString _canimal)

@@ -156,11 +156,4 @@ Respuesta clasificarRespuesta(const QString &texto)
     return Respuesta::Hecha;
 }
 
-QString horaParpadeante(const QTime &hora)
-{
-    if (hora.second() % 2 == 1)
-        return hora.toString(QStringLiteral("h:mm:ss ap"));
-    return hora.toString(QStringLiteral("h;mm;ss ap"));
-}
-
 } // namespace premios

@@ -2,7 +2,6 @@
 
 #include <QString>
 #include <QStringList>
-#include <QTime>
 #include <QVector>
 
 #include <functional>
@@ -97,8 +96,5 @@ QString rutaDeshacer(const QString &fecha, const QString &juego, const QString &
 // done (any other text).
 enum class Respuesta { SinRespuesta, Rechazada, Hecha };
 Respuesta clasificarRespuesta(const QString &texto);
-
-// The clock text: separators ":" on odd seconds and ";" on even ones, so that they blink.
-QString horaParpadeante(const QTime &hora);
 
 } // namespace premios

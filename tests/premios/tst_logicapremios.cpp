@@ -236,17 +236,6 @@ private slots:
         QCOMPARE(premios::clasificarRespuesta("ok"), Respuesta::Hecha);
         QCOMPARE(premios::clasificarRespuesta("00"), Respuesta::Hecha);
     }
-
-    void relojParpadea()
-    {
-        const QString impar = premios::horaParpadeante(QTime(14, 5, 7));
-        const QString par = premios::horaParpadeante(QTime(14, 5, 8));
-        QCOMPARE(impar, QTime(14, 5, 7).toString("h:mm:ss ap"));
-        QCOMPARE(par, QTime(14, 5, 8).toString("h;mm;ss ap"));
-        QVERIFY(impar.startsWith("2:05:07 "));
-        QVERIFY(par.startsWith("2;05;08 "));
-        QCOMPARE(premios::horaParpadeante(QTime()), QString());
-    }
 };
 
 QTEST_GUILESS_MAIN(TstLogicaPremios)
