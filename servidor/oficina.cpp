@@ -433,7 +433,9 @@ std::string Oficina::resultadosJuego(const Parametros &p)
     std::string r;
     while (st.paso())
         r += campo(st.texto(0)) + "," + st.texto(1) + "\n";
-    return r;
+    // A game with no result yet is an answer too: a lone line break, which the console skips,
+    // so that it is not taken for a server that did not answer.
+    return r.empty() ? std::string("\n") : r;
 }
 
 // ---- calcularpremios4.php -----------------------------------------------------------------
@@ -727,7 +729,8 @@ std::string Oficina::ventabancas2(const Parametros &p)
              montoTexto(st.entero(6)) + "," + montoTexto(comision) + "," +
              (ultima.size() >= 19 ? ultima.substr(11, 8) : std::string()) + "\n";
     }
-    return r;
+    // A range without sales answers a lone line break: empty tables, not "no answer".
+    return r.empty() ? std::string("\n") : r;
 }
 
 std::string Oficina::reportex(const Parametros &p)

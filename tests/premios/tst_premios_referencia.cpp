@@ -109,11 +109,6 @@ private slots:
         dir.apuntarA(ref.direccion());
         // The server only takes changes from an address that logged in.
         QVERIFY(pedir("validarUser.php?u=admin&p=tornavo1").startsWith("1\n"));
-        // The day's first draw of the first game already has its result: the server answers a
-        // game without any result of the day with an empty body, which the console takes for
-        // a server that did not answer.
-        const QString hoy = QDate::currentDate().toString("yyyy-MM-dd");
-        QCOMPARE(pedir("publicarPremios2.php?&f=" + hoy + "&j=1&s=1&a=22"), QStringLiteral("1"));
         // Any unexpected box is recorded and closed instead of blocking the test.
         CapturaMensajes captura;
 
