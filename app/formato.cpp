@@ -47,10 +47,14 @@ QString buscarValor(const QString &clave)
     return valor;
 }
 
+QString formatoReloj(const QTime &hora)
+{
+    return hora.second() % 2 == 0 ? QStringLiteral("h;mm;ss ap") : QStringLiteral("h:mm:ss ap");
+}
+
 QString textoReloj(const QTime &hora)
 {
-    return hora.toString(hora.second() % 2 == 0 ? QStringLiteral("h;mm;ss ap")
-                                                : QStringLiteral("h:mm:ss ap"));
+    return hora.toString(formatoReloj(hora));
 }
 
 QString rutaImagenAnimal(const QString &carpeta, const QString &nombre)

@@ -15,6 +15,10 @@ QString rellenarCeros(const QString &texto, int ancho);
 // entry of SesionGlobal::tablaClaves equal to the key; "" when none.
 QString buscarValor(const QString &clave);
 
+// Time format of the blinking clock: ";" separators on even seconds, ":" on odd ones (and
+// for an invalid time).
+QString formatoReloj(const QTime &hora);
+
 // Blinking clock text: ":" between the parts in odd seconds and ";" in even ones
 // ("3:05:07 pm", then "3;05;08 pm"); "" for an invalid time.
 QString textoReloj(const QTime &hora);

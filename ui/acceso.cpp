@@ -90,8 +90,3 @@ HoraServidor leerHoraServidor(const QString &texto)
     h.hora = QTime::fromString(lineas.value(4), QStringLiteral("hh:mm:ss"));
     return h;
 }
-
-QString formatoReloj(const QTime &hora)
-{
-    return hora.second() % 2 == 0 ? QStringLiteral("h;mm;ss ap") : QStringLiteral("h:mm:ss ap");
-}

@@ -47,7 +47,3 @@ struct HoraServidor {
     QTime hora;
 };
 HoraServidor leerHoraServidor(const QString &texto);
-
-// Time format of the blinking clock: ";" separators on even seconds, ":" on odd ones (and
-// for an invalid time).
-QString formatoReloj(const QTime &hora);

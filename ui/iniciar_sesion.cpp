@@ -2,13 +2,12 @@
 #include "ui_iniciar_sesion.h"
 
 #include "app/mensaje.h"
+#include "app/salida.h"
 #include "app/red.h"
 #include "ui/acceso.h"
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
-
-#include <cstdlib>
 
 iniciar_sesion::iniciar_sesion(QWidget *parent) : QDialog(parent), ui(new Ui::iniciar_sesion)
 {
@@ -61,7 +60,7 @@ void iniciar_sesion::respuestaLogin(QNetworkReply *respuesta)
 
 void iniciar_sesion::on_pushButton_salir_clicked()
 {
-    std::exit(1);
+    terminarPrograma();
 }
 
 void iniciar_sesion::on_lineEdit_usuario_returnPressed()

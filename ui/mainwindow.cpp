@@ -1,7 +1,9 @@
 #include "ui/mainwindow.h"
 #include "ui_MainWindow.h"
 
+#include "app/formato.h"
 #include "app/mensaje.h"
+#include "app/salida.h"
 #include "app/red.h"
 #include "app/sesion.h"
 #include "autopremiacion/auto_calcular.h"
@@ -20,8 +22,6 @@
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTimer>
-
-#include <cstdlib>
 
 MainWindow::MainWindow(QWidget *parent)
     : QMainWindow(parent), ui(new Ui::MainWindow), managerMensaje(new QNetworkAccessManager(this)),
@@ -149,7 +149,7 @@ void MainWindow::IniciarSesion()
     login.setModal(false);
     login.exec();
     if (!SesionGlobal::sesionIniciada)
-        std::exit(1);
+        terminarPrograma();
 }
 
 bool MainWindow::isActivar(QString opcion)
@@ -187,7 +187,7 @@ void MainWindow::abrirDialogo(QWidget *dialogo)
 
 void MainWindow::on_action_Salir_triggered()
 {
-    std::exit(1);
+    terminarPrograma();
 }
 
 void MainWindow::on_actionMonitorear_Ventas_triggered()

@@ -1,6 +1,7 @@
 #include "app/sesion.h"
 #include "temas/tema.h"
 #include "tests/soporte/prueba_main.h"
+#include "app/formato.h"
 #include "ui/acceso.h"
 
 #include <QFile>
