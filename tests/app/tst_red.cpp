@@ -119,12 +119,7 @@ private slots:
     void servidorCaidoDaTextoVacio()
     {
         DirectorioTrabajo dir;
-        int puerto = 0;
-        {
-            ServidorPrueba srv; // started and stopped: nobody listens on its port any more
-            puerto = srv.puerto();
-        }
-        dir.apuntarA(QStringLiteral("127.0.0.1:%1").arg(puerto));
+        dir.apuntarA(ServidorPrueba::direccionSinServidor());
         QNetworkAccessManager nam;
         QCOMPARE(pedir(nam, [&] { return red::get(&nam, "datetime.php"); }), QString());
     }

@@ -280,12 +280,7 @@ private slots:
     void sinListaDeSorteos()
     {
         DirectorioTrabajo dir;
-        int puerto = 0;
-        {
-            ServidorPrueba apagado;
-            puerto = apagado.puerto();
-        }
-        dir.apuntarA(QStringLiteral("127.0.0.1:%1").arg(puerto));
+        dir.apuntarA(ServidorPrueba::direccionSinServidor());
         CapturaMensajes captura;
         auto d = abrir(false);
         QVERIFY(captura.esperar(2));
@@ -421,12 +416,7 @@ private slots:
         QVERIFY(recargar(*d));
         auto resultados = hijo<QTableWidget>(*d, "tableWidget_resultados");
         QVERIFY(resultados->isEnabled());
-        int puerto = 0;
-        {
-            ServidorPrueba apagado;
-            puerto = apagado.puerto();
-        }
-        dir.apuntarA(QStringLiteral("127.0.0.1:%1").arg(puerto));
+        dir.apuntarA(ServidorPrueba::direccionSinServidor());
         QVERIFY(recargar(*d));
         QVERIFY(!resultados->isEnabled());
         QCOMPARE(columna(resultados, 0), QStringList{"Lotto Activo 10:00 AM"});

@@ -111,3 +111,13 @@ void ServidorPrueba::limpiarPeticiones()
     std::lock_guard<std::mutex> lock(m_mutex);
     m_peticiones.clear();
 }
+
+QString ServidorPrueba::direccionSinServidor()
+{
+    int puerto = 0;
+    {
+        ServidorPrueba srv;
+        puerto = srv.puerto();
+    }
+    return QStringLiteral("127.0.0.1:%1").arg(puerto);
+}

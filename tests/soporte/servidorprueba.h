@@ -53,6 +53,9 @@ public:
     // Forgets recorded requests.
     void limpiarPeticiones();
 
+    // "127.0.0.1:<port>" of a port that was just closed: a server that does not answer.
+    static QString direccionSinServidor();
+
 private:
     std::unique_ptr<httplib::Server> m_servidor;
     std::thread m_hilo;

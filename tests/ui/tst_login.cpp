@@ -202,12 +202,7 @@ private slots:
     void servidorCaido()
     {
         DirectorioTrabajo dir;
-        int puerto = 0;
-        {
-            ServidorPrueba srv;
-            puerto = srv.puerto();
-        }
-        dir.apuntarA(QStringLiteral("127.0.0.1:%1").arg(puerto));
+        dir.apuntarA(ServidorPrueba::direccionSinServidor());
         CapturaMensajes captura;
         iniciar_sesion d;
         QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
