@@ -99,4 +99,3 @@ private:
     double m_ventaBruta = 0;
     double m_comision = 0;
 };
-
