@@ -5,7 +5,7 @@ PAQUETES=(
     qtbase5-dev qtbase5-dev-tools
     libcpp-httplib-dev libsqlite3-dev libsodium-dev
     python-is-python3 python3
-    xvfb xauth xdotool imagemagick fonts-freefont-ttf
+    xvfb xauth xdotool imagemagick fonts-freefont-ttf librsvg2-bin
 )
 
 instalar_faltantes() {
