@@ -78,6 +78,10 @@ struct Banco {
         return QTest::qWaitFor([&] { return lista()->count() > 0; }, 5000);
     }
 
+    // The usual start: the fixture's games, `resultados` as the draws' results, the dialog open
+    // and the first game clicked.
+    bool abrirEnPrimerJuego(const QByteArray &resultados);
+
     template <typename T> T *w(const char *nombre) const
     {
         T *widget = dlg->findChild<T *>(QString::fromLatin1(nombre));
@@ -160,6 +164,13 @@ struct Banco {
         return s;
     }
 };
+
+bool Banco::abrirEnPrimerJuego(const QByteArray &resultados)
+{
+    srv.responder("sorteospremiar3.php", sorteosFixture);
+    srv.responder("resultadosJuego.php", resultados);
+    return abrir() && clicJuego(0);
+}
 
 class TstCalcularPremios2 : public QObject {
     Q_OBJECT
@@ -308,10 +319,7 @@ private slots:
         // "lg" lets in game "LG" and its draw 50.
         SesionGlobal::juegos = QStringList{"lg"};
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("\n"));
         QCOMPARE(b.sorteos()->rowCount(), 1);
         QCOMPARE(b.sorteos()->item(0, 0)->text(), QStringLiteral("9AM"));
     }
@@ -319,10 +327,7 @@ private slots:
     void resultadosDeUnJuego()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "10,05\n12,33\n99,01\n\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("10,05\n12,33\n99,01\n\n"));
         QCOMPARE(b.srv.peticionesA("resultadosJuego.php"),
                  QStringList{"/Tornavo/TornavoSU/resultadosJuego.php?f=2026-11-22&j=1"});
         QCOMPARE(b.sorteos()->rowCount(), 3);
@@ -375,10 +380,7 @@ private slots:
     void todosPublicados()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "10,05\n11,00\n12,0\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("10,05\n11,00\n12,0\n"));
         QCOMPARE(b.sorteos()->rowCount(), 3);
         QCOMPARE(b.resultado(1), QStringLiteral("00-Ballena"));
         QCOMPARE(b.resultado(2), QStringLiteral("0-Delfín"));
@@ -408,10 +410,7 @@ private slots:
     void fechaFuturaVuelve()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("\n"));
         b.teclear("5", false);
         QCOMPARE(b.numero()->text(), QStringLiteral("5"));
 
@@ -502,10 +501,7 @@ private slots:
     {
         QFETCH(QString, tecleado);
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("\n"));
         CapturaMensajes captura;
         b.teclear(tecleado);
         QVERIFY(captura.esperar(1));
@@ -523,10 +519,7 @@ private slots:
     void enterVacioNoHaceNada()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("\n"));
         CapturaMensajes captura;
         QTest::keyClick(b.numero(), Qt::Key_Return);
         QTest::qWait(100);
