@@ -6,6 +6,8 @@ PAQUETES=(
     libcpp-httplib-dev libsqlite3-dev libsodium-dev
     python-is-python3 python3
     xvfb xauth xdotool imagemagick fonts-freefont-ttf librsvg2-bin
+    qttranslations5-l10n locales libqt5charts5-dev libssl-dev openssl
+    dpkg-dev fakeroot lintian file
 )
 
 instalar_faltantes() {
