@@ -1,13 +1,17 @@
 #include "ui/mainwindow.h"
 
+#include "app/salida.h"
+
 #include <QApplication>
 
 int main(int argc, char *argv[])
 {
+    instalarSenalesSalida();
     QApplication aplicacion(argc, argv);
     auto *ventana = new MainWindow;
     ventana->show();
     const int codigo = aplicacion.exec();
     delete ventana;
+    matarGruposHijos();
     return codigo;
 }

@@ -7,6 +7,7 @@
 #include <QNetworkRequest>
 #include <QUrl>
 #include <QUrlQuery>
+#include <QVariant>
 
 namespace red {
 namespace {
@@ -61,16 +62,35 @@ QString textoDeBytes(const QByteArray &cuerpo)
     return QString::fromLatin1(cuerpo.constData(), largo);
 }
 
+bool respuestaValida(QNetworkReply *respuesta)
+{
+    if (!respuesta || respuesta->error() != QNetworkReply::NoError)
+        return false;
+    const QVariant estado = respuesta->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+    return !estado.isValid() || estado.toInt() < 400;
+}
+
+void anotarContexto(QNetworkReply *respuesta, const QStringList &contexto)
+{
+    if (respuesta)
+        respuesta->setProperty("contextoPeticion", contexto);
+}
+
+QStringList contexto(QNetworkReply *respuesta)
+{
+    return respuesta ? respuesta->property("contextoPeticion").toStringList() : QStringList();
+}
+
 QString textoRespuesta(QNetworkReply *respuesta)
 {
-    if (!respuesta)
+    if (!respuestaValida(respuesta))
         return QString();
     return textoDeBytes(respuesta->readAll());
 }
 
 QByteArray bytesRespuesta(QNetworkReply *respuesta)
 {
-    if (!respuesta)
+    if (!respuestaValida(respuesta))
         return QByteArray();
     return cortarEnNul(respuesta->readAll());
 }

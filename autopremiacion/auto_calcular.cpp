@@ -1,6 +1,7 @@
 #include "autopremiacion/auto_calcular.h"
 #include "ui_auto_calcular.h"
 
+#include "app/apagado.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/red.h"
@@ -33,7 +34,7 @@ void agregarFila(QTableWidget *tabla, const QStringList &textos)
 
 bool legible(QNetworkReply *respuesta)
 {
-    return respuesta && respuesta->error() == QNetworkReply::NoError;
+    return red::respuestaValida(respuesta);
 }
 
 } // namespace
@@ -98,14 +99,10 @@ auto_calcular::auto_calcular(QWidget *parent) : QDialog(parent), ui(new Ui::auto
 
 auto_calcular::~auto_calcular()
 {
-    // A script still running is killed with its group; its end is collected later by the
-    // event loop, never waited for here.
-    if (proceso->abierto()) {
-        proceso->detener();
-        proceso->setParent(nullptr);
-        connect(proceso, qOverload<int, QProcess::ExitStatus>(&QProcess::finished), proceso,
-                &QObject::deleteLater);
-    }
+    // Timers, requests and the script end here; the script process, a child, kills its group
+    // when it is destroyed.
+    apagarObjeto(this);
+    proceso->detener();
     delete ui;
 }
 
@@ -127,7 +124,8 @@ void auto_calcular::cargarResultados()
         limpiarResultados();
     }
     resultadosCargados = false;
-    red::get(redResultados, QStringLiteral("cargarresultados.php"));
+    QNetworkReply *r = red::get(redResultados, QStringLiteral("cargarresultados.php"));
+    red::anotarContexto(r, {QString::number(++pedidosResultados)});
 }
 
 void auto_calcular::limpiarResultados()
@@ -142,13 +140,18 @@ void auto_calcular::calcular()
     const QString hoy = SesionGlobal::fechaActual.toString(QStringLiteral("yyyy-MM-dd"));
     QString etiqueta; // one label for the whole run
     for (int i = 0; i < listasJuego.cantidad(); ++i) {
-        if (listasJuego.juegoAuto.at(i) != marcaAutomatica)
+        if (listasJuego.juegoAuto.at(i) != marcaAutomatica ||
+            !nombreScriptValido(listasJuego.juegoScript.at(i)))
             continue;
         const QString archivo = listasJuego.juegoScript.at(i) + QStringLiteral(".txt");
         const QStringList lineas = leerArchivoResultado(archivo);
         QFile::remove(archivo); // each file is processed once
-        const QVector<Premiacion> premiaciones =
-            premiacionesDeArchivo(lineas, hoy, listasResultado, listasSorteo, etiqueta);
+        QStringList rechazadas;
+        const QVector<Premiacion> premiaciones = premiacionesDeArchivo(
+            lineas, hoy, listasResultado, listasSorteo, etiqueta, &rechazadas);
+        for (const QString &linea : rechazadas)
+            anotar({QStringLiteral("Línea ignorada en ") + archivo + QStringLiteral(": ") +
+                    textoVisible(linea)});
         for (const Premiacion &p : premiaciones) {
             anotar(registroPremiacion(horaActual, p));
             red::get(redPremio, consultaPremiacion(p));
@@ -239,10 +242,21 @@ void auto_calcular::respuestaSorteos(QNetworkReply *respuesta)
         const QTableWidgetItem *item = ui->tableWidget_juegos->item(f, 0);
         nombresListados.append(item ? item->text() : QString());
     }
-    const QVector<JuegoNuevo> nuevos =
-        agregarSorteos(texto, nombresListados, listasJuego, listasSorteo, listaScripts);
-    for (const JuegoNuevo &juego : nuevos)
-        agregarFila(ui->tableWidget_juegos, {juego.nombre, juego.marca});
+    QStringList rechazados;
+    const QVector<JuegoNuevo> nuevos = agregarSorteos(texto, nombresListados, listasJuego,
+                                                      listasSorteo, listaScripts, &rechazados);
+    QTableWidget *juegos = ui->tableWidget_juegos;
+    juegos->setUpdatesEnabled(false);
+    int fila = juegos->rowCount();
+    juegos->setRowCount(fila + nuevos.size());
+    for (const JuegoNuevo &juego : nuevos) {
+        juegos->setItem(fila, 0, new QTableWidgetItem(juego.nombre));
+        juegos->setItem(fila, 1, new QTableWidgetItem(juego.marca));
+        ++fila;
+    }
+    juegos->setUpdatesEnabled(true);
+    for (const QString &nombre : rechazados)
+        anotar({QStringLiteral("Script no permitido: ") + textoVisible(nombre)});
 
     mostrarFalta(etiquetasSorteos(listasSorteo, false));
 
@@ -256,6 +270,14 @@ void auto_calcular::respuestaSorteos(QNetworkReply *respuesta)
 
 void auto_calcular::respuestaResultados(QNetworkReply *respuesta)
 {
+    // With a slow server, an older answer arriving after a newer one would bring back draws
+    // that have been awarded since.
+    const int pedido = red::contexto(respuesta).value(0).toInt();
+    if (pedido < resultadosAplicados) {
+        respuesta->deleteLater();
+        return;
+    }
+    resultadosAplicados = pedido;
     if (!legible(respuesta)) {
         ui->tableWidget_resultados->setEnabled(false);
         resultadosCargados = true;
@@ -266,8 +288,15 @@ void auto_calcular::respuestaResultados(QNetworkReply *respuesta)
     ui->tableWidget_resultados->setEnabled(true);
     limpiarResultados();
     const QVector<FilaResultado> filas = aplicarResultados(texto, listasResultado, listasSorteo);
-    for (const FilaResultado &fila : filas)
-        agregarFila(ui->tableWidget_resultados, {fila.sorteo, fila.resultado, fila.hora});
+    QTableWidget *tabla = ui->tableWidget_resultados;
+    tabla->setUpdatesEnabled(false);
+    tabla->setRowCount(filas.size());
+    for (int f = 0; f < filas.size(); ++f) {
+        tabla->setItem(f, 0, new QTableWidgetItem(filas.at(f).sorteo));
+        tabla->setItem(f, 1, new QTableWidgetItem(filas.at(f).resultado));
+        tabla->setItem(f, 2, new QTableWidgetItem(filas.at(f).hora));
+    }
+    tabla->setUpdatesEnabled(true);
     mostrarFalta(etiquetasSorteos(listasSorteo, true));
     resultadosCargados = true;
     respuesta->deleteLater();
@@ -284,9 +313,13 @@ void auto_calcular::respuestaPremio(QNetworkReply *respuesta)
 
 void auto_calcular::mostrarFalta(const QStringList &etiquetas)
 {
-    ui->tableWidget_falta->setRowCount(0);
-    for (const QString &etiqueta : etiquetas)
-        agregarFila(ui->tableWidget_falta, {etiqueta});
+    QTableWidget *tabla = ui->tableWidget_falta;
+    tabla->setUpdatesEnabled(false);
+    tabla->setRowCount(0);
+    tabla->setRowCount(etiquetas.size());
+    for (int f = 0; f < etiquetas.size(); ++f)
+        tabla->setItem(f, 0, new QTableWidgetItem(etiquetas.at(f)));
+    tabla->setUpdatesEnabled(true);
 }
 
 void auto_calcular::anotar(const QStringList &lineas)

@@ -41,6 +41,8 @@ public:
     int desfaseReloj = 0; // server clock minus the console's, in seconds
     QString programaPython = QStringLiteral("python");
     ProcesoScript *proceso = nullptr;
+    int pedidosResultados = 0;   // "cargarresultados.php" requests sent
+    int resultadosAplicados = 0; // the newest of them whose answer was applied
 
     QTimer *temporizadorArchivos = nullptr; // 200 ms: listFilesTXT()
     QTimer *temporizadorReloj = nullptr;    // 1000 ms: mhora()

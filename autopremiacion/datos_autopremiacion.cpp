@@ -2,6 +2,9 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
+#include <QPair>
+#include <QSet>
 
 void ListasResultado::limpiar()
 {
@@ -27,22 +30,52 @@ QStringList camposLinea(const QString &linea, int minimo)
     return campos;
 }
 
+bool nombreScriptValido(const QString &nombre)
+{
+    if (nombre.isEmpty() || nombre.startsWith(QLatin1Char('.')) ||
+        nombre.startsWith(QLatin1Char('-')))
+        return false;
+    for (const QChar c : nombre) {
+        if (!c.isLetterOrNumber() && c != QLatin1Char('_') && c != QLatin1Char('-') &&
+            c != QLatin1Char('.'))
+            return false;
+    }
+    return true;
+}
+
+QString textoVisible(const QString &texto)
+{
+    QString visible = texto;
+    for (QChar &c : visible) {
+        if (c.category() == QChar::Other_Control || c.category() == QChar::Other_Format)
+            c = QLatin1Char('?');
+    }
+    return visible;
+}
+
 QVector<JuegoNuevo> agregarSorteos(const QString &texto, QStringList &nombresListados,
                                    ListasJuego &juegos, ListasSorteo &sorteos,
-                                   QStringList &listaScripts)
+                                   QStringList &listaScripts, QStringList *scriptsRechazados)
 {
     QVector<JuegoNuevo> nuevos;
+    // Names already listed, looked up in constant time: a reply may hold thousands of games.
+    QSet<QString> listados(nombresListados.cbegin(), nombresListados.cend());
     const QStringList lineas = lineasRespuesta(texto);
     for (const QString &linea : lineas) {
         const QStringList c = camposLinea(linea, 8);
-        if (!nombresListados.contains(c.at(1))) {
+        if (!listados.contains(c.at(1))) {
+            listados.insert(c.at(1));
             nombresListados.append(c.at(1));
             nuevos.append({c.at(1), c.at(6)});
             juegos.clavesJuego.append(c.at(0));
             juegos.juegoAuto.append(c.at(6));
             juegos.juegoScript.append(c.at(7));
-            if (c.at(6) == marcaAutomatica)
-                listaScripts.append(c.at(7) + QStringLiteral(".py"));
+            if (c.at(6) == marcaAutomatica) {
+                if (nombreScriptValido(c.at(7)))
+                    listaScripts.append(c.at(7) + QStringLiteral(".py"));
+                else if (scriptsRechazados)
+                    scriptsRechazados->append(c.at(7));
+            }
         }
         sorteos.sorteoClaveJuego.append(c.at(0));
         sorteos.sorteoNombreJuego.append(c.at(1));
@@ -76,7 +109,8 @@ QStringList archivosResultado(const ListasJuego &juegos)
 {
     QStringList archivos;
     for (int i = 0; i < juegos.cantidad(); ++i) {
-        if (juegos.juegoAuto.value(i) == marcaAutomatica)
+        if (juegos.juegoAuto.value(i) == marcaAutomatica &&
+            nombreScriptValido(juegos.juegoScript.value(i)))
             archivos.append(juegos.juegoScript.value(i) + QStringLiteral(".txt"));
     }
     return archivos;
@@ -85,11 +119,12 @@ QStringList archivosResultado(const ListasJuego &juegos)
 QStringList scriptsEnHorario(const ListasJuego &juegos, const QTime &hora)
 {
     QStringList scripts;
+    const int t = hora.hour() * 10000 + hora.minute() * 100 + hora.second();
+    if (!hora.isValid() || t <= 83000 || t >= 210000)
+        return scripts;
     for (int i = 0; i < juegos.cantidad(); ++i) {
-        if (juegos.juegoAuto.value(i) != marcaAutomatica)
-            continue;
-        const int t = hora.toString(QStringLiteral("hhmmss")).toInt();
-        if (t > 83000 && t < 210000)
+        if (juegos.juegoAuto.value(i) == marcaAutomatica &&
+            nombreScriptValido(juegos.juegoScript.value(i)))
             scripts.append(juegos.juegoScript.value(i) + QStringLiteral(".py"));
     }
     return scripts;
@@ -102,8 +137,17 @@ QVector<FilaResultado> aplicarResultados(const QString &texto, ListasResultado &
     for (QString &r : sorteos.sorteoResultado)
         r.clear();
 
+    // Draws by game key and draw key: each result marks every draw it names, a later result
+    // of the same draw overwriting an earlier one, in time linear in the reply.
+    QHash<QPair<QString, QString>, QVector<int>> sorteosPorClave;
+    sorteosPorClave.reserve(sorteos.cantidad());
+    for (int i = 0; i < sorteos.cantidad(); ++i)
+        sorteosPorClave[qMakePair(sorteos.sorteoClaveJuego.at(i), sorteos.sorteoClave.at(i))]
+            .append(i);
+
     QVector<FilaResultado> filas;
     const QStringList lineas = lineasRespuesta(texto);
+    filas.reserve(lineas.size());
     for (const QString &linea : lineas) {
         const QStringList c = camposLinea(linea, 8);
         FilaResultado fila;
@@ -121,8 +165,9 @@ QVector<FilaResultado> aplicarResultados(const QString &texto, ListasResultado &
         resultados.resultadoExtra.append(c.at(6));
         resultados.resultadoHora.append(c.at(7));
 
-        for (int i = 0; i < sorteos.cantidad(); ++i) {
-            if (sorteos.sorteoClaveJuego.at(i) == c.at(0) && sorteos.sorteoClave.at(i) == c.at(3))
+        const auto marcados = sorteosPorClave.constFind(qMakePair(c.at(0), c.at(3)));
+        if (marcados != sorteosPorClave.constEnd()) {
+            for (int i : *marcados)
                 sorteos.sorteoResultado[i] = c.at(5);
         }
     }
@@ -168,13 +213,37 @@ QStringList leerArchivoResultado(const QString &ruta, qint64 limiteBytes)
     return lineas;
 }
 
+bool valorPremiacionValido(const QString &valor)
+{
+    for (const QChar c : valor) {
+        if (c == QLatin1Char('&') || c == QLatin1Char('#') || c == QLatin1Char('?') ||
+            c == QLatin1Char('=') || c.isSpace() || c.category() == QChar::Other_Control ||
+            c.category() == QChar::Other_Format)
+            return false;
+    }
+    return true;
+}
+
 QVector<Premiacion> premiacionesDeArchivo(const QStringList &lineas, const QString &fechaHoy,
                                           const ListasResultado &resultados,
-                                          const ListasSorteo &sorteos, QString &etiqueta)
+                                          const ListasSorteo &sorteos, QString &etiqueta,
+                                          QStringList *rechazadas)
 {
     QVector<Premiacion> premiaciones;
     if (lineas.size() < 2 || lineas.first() != fechaHoy)
         return premiaciones;
+
+    // A draw counts as awarded when its game key and draw key, written one after the other,
+    // equal those of a published result written the same way.
+    QSet<QString> publicados;
+    for (int r = 0; r < resultados.cantidad(); ++r)
+        publicados.insert(resultados.resultadoClaveJuego.at(r) +
+                          resultados.resultadoClaveSorteo.at(r));
+    // The label of a draw is the one of its last line in the draw list.
+    QHash<QPair<QString, QString>, int> ultimoSorteo;
+    for (int i = 0; i < sorteos.cantidad(); ++i)
+        ultimoSorteo.insert(qMakePair(sorteos.sorteoClaveJuego.at(i), sorteos.sorteoClave.at(i)),
+                            i);
 
     const int ultima = qMin(lineas.size(), limiteLineasArchivo + 1);
     for (int n = 1; n < ultima; ++n) {
@@ -183,19 +252,17 @@ QVector<Premiacion> premiacionesDeArchivo(const QStringList &lineas, const QStri
         const QString &s = c.at(1);
         const QString &a = c.at(2);
 
-        bool publicado = false;
-        const QString clave = j + s;
-        for (int r = 0; r < resultados.cantidad() && !publicado; ++r)
-            publicado =
-                resultados.resultadoClaveJuego.at(r) + resultados.resultadoClaveSorteo.at(r) ==
-                clave;
-        if (publicado || a.isEmpty())
+        if (publicados.contains(j + s) || a.isEmpty())
             continue;
-
-        for (int i = 0; i < sorteos.cantidad(); ++i) {
-            if (sorteos.sorteoClaveJuego.at(i) == j && sorteos.sorteoClave.at(i) == s)
-                etiqueta = etiquetaSorteo(sorteos, i);
+        if (!valorPremiacionValido(j) || !valorPremiacionValido(s) || !valorPremiacionValido(a)) {
+            if (rechazadas)
+                rechazadas->append(lineas.at(n));
+            continue;
         }
+
+        const auto i = ultimoSorteo.constFind(qMakePair(j, s));
+        if (i != ultimoSorteo.constEnd())
+            etiqueta = etiquetaSorteo(sorteos, *i);
         premiaciones.append({j, s, a, etiqueta});
     }
     return premiaciones;

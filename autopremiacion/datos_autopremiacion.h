@@ -62,13 +62,23 @@ struct JuegoNuevo {
     QString marca;
 };
 
+// Whether a script base name from the server may be used: a plain file name of the working
+// folder (letters, digits, "_", "-", "."; not starting with "." or "-"), so that no name can
+// reach another folder, a hidden file or be read as an option by the interpreter.
+bool nombreScriptValido(const QString &nombre);
+
+// The text of a name or line as it can be shown in the log: control characters as "?".
+QString textoVisible(const QString &texto);
+
 // Adds the draw lines of a "cargarsorteos.php" reply. A game whose name is not yet in
 // `nombresListados` is new: it enters the game lists (and `listaScripts` as "<script>.py"
 // when its flag is "X") and its name is added to `nombresListados`. Every line enters the
-// draw lists. Returns the new games in reply order.
+// draw lists. Returns the new games in reply order. An automatic game whose script name is not
+// nombreScriptValido() stays out of `listaScripts`, and its name goes to `scriptsRechazados`.
 QVector<JuegoNuevo> agregarSorteos(const QString &texto, QStringList &nombresListados,
                                    ListasJuego &juegos, ListasSorteo &sorteos,
-                                   QStringList &listaScripts);
+                                   QStringList &listaScripts,
+                                   QStringList *scriptsRechazados = nullptr);
 
 // Text a draw is shown with: game name + "-" + draw label.
 QString etiquetaSorteo(const ListasSorteo &sorteos, int i);
@@ -76,11 +86,11 @@ QString etiquetaSorteo(const ListasSorteo &sorteos, int i);
 // Texts of every draw, or only of those still without a result, in draw order.
 QStringList etiquetasSorteos(const ListasSorteo &sorteos, bool soloPendientes);
 
-// Result files ("<script>.txt") of the games awarded automatically.
+// Result files ("<script>.txt") of the games awarded automatically whose script name is valid.
 QStringList archivosResultado(const ListasJuego &juegos);
 
 // Scripts of the automatic games for a time of day: only strictly after 08:30:00 and strictly
-// before 21:00:00, otherwise none.
+// before 21:00:00, otherwise none. Invalid script names are never listed.
 QStringList scriptsEnHorario(const ListasJuego &juegos, const QTime &hora);
 
 // One row of the results table.
@@ -122,10 +132,16 @@ struct Premiacion {
 // ("yyyy-MM-dd") or there is no record line. A record "game,draw,result" is skipped when the
 // draw is among the published results or its result is empty. The label is the one of the
 // last draw matched in the whole run: `etiqueta` comes in and goes out with it, so a record
-// whose draw is unknown carries the label of the previous matched record.
+// whose draw is unknown carries the label of the previous matched record. A record whose game,
+// draw or result holds a character that would change the award request's shape ("&", "#",
+// "?", "=", white space or a control character) is skipped, and its line goes to `rechazadas`.
 QVector<Premiacion> premiacionesDeArchivo(const QStringList &lineas, const QString &fechaHoy,
                                           const ListasResultado &resultados,
-                                          const ListasSorteo &sorteos, QString &etiqueta);
+                                          const ListasSorteo &sorteos, QString &etiqueta,
+                                          QStringList *rechazadas = nullptr);
+
+// Whether a value may be appended as it stands to an award request.
+bool valorPremiacionValido(const QString &valor);
 
 // Request path and query of an award, values as they stand.
 QString consultaPremiacion(const Premiacion &premiacion);

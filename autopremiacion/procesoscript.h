@@ -10,6 +10,9 @@ class ProcesoScript : public QProcess {
 
 public:
     explicit ProcesoScript(QObject *parent = nullptr);
+    // Kills a script still running, with its group, and collects it (it was sent SIGKILL, so
+    // the wait is short).
+    ~ProcesoScript() override;
 
     // True from start() until the end of the script has been seen.
     bool abierto() const { return state() != QProcess::NotRunning; }

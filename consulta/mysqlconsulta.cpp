@@ -9,7 +9,9 @@ mysqlconsulta::mysqlconsulta(QWidget *parent) : QDialog(parent), ui(new Ui::mysq
 
     abierta = abrirBaseDatos();
     if (!abierta) {
-        mostrarMensaje(this, QStringLiteral("Error"),
+        // The box outlives the console, which goes away at once: it belongs to the window
+        // that opened the console.
+        mostrarMensaje(parent, QStringLiteral("Error"),
                        QStringLiteral("Error abriendo la base de datos"), IconoMensaje::Pregunta);
         salir();
         // Whoever created the console will still call show(): setVisible() ignores it and the

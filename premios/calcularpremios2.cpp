@@ -1,18 +1,22 @@
 #include "premios/calcularpremios2.h"
 #include "ui_calcularpremios2.h"
 
+#include "app/apagado.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/red.h"
 #include "app/sesion.h"
 #include "premios/logicapremios.h"
 
+#include <QEvent>
 #include <QFile>
+#include <QHash>
 #include <QHeaderView>
 #include <QListWidgetItem>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QPixmap>
+#include <QSignalBlocker>
 #include <QTableWidgetItem>
 #include <QTimer>
 
@@ -74,6 +78,16 @@ calcularpremios2::calcularpremios2(QWidget *parent)
     connect(managerPublicar, &QNetworkAccessManager::finished, this,
             &calcularpremios2::publicarRecibido);
 
+    // A click loads a game's draws on release (itemClicked); the current row also changes on
+    // the press, which must not load them a second time. Keyboard moves load at once, and a
+    // keyboard move in the draw table selects the draw as a click does.
+    ui->listWidget_juegos->installEventFilter(this);
+    ui->listWidget_juegos->viewport()->installEventFilter(this);
+    connect(ui->listWidget_juegos, &QListWidget::currentRowChanged, this,
+            &calcularpremios2::juegoCambiado);
+    connect(ui->tableWidget_sorteos, &QTableWidget::currentCellChanged, this,
+            &calcularpremios2::sorteoCambiado);
+
     auto *reloj = new QTimer(this);
     connect(reloj, &QTimer::timeout, this, &calcularpremios2::mhora);
     reloj->start(500);
@@ -91,7 +105,67 @@ calcularpremios2::calcularpremios2(QWidget *parent)
 
 calcularpremios2::~calcularpremios2()
 {
+    apagarObjeto(this);
     delete ui;
+}
+
+bool calcularpremios2::eventFilter(QObject *objeto, QEvent *evento)
+{
+    if (objeto == ui->listWidget_juegos) {
+        if (evento->type() == QEvent::KeyPress)
+            teclaEnJuegos = true;
+        else if (evento->type() == QEvent::KeyRelease || evento->type() == QEvent::FocusOut)
+            teclaEnJuegos = false;
+    } else if (objeto == ui->listWidget_juegos->viewport() &&
+               evento->type() == QEvent::MouseButtonPress) {
+        teclaEnJuegos = false;
+    }
+    return QDialog::eventFilter(objeto, evento);
+}
+
+void calcularpremios2::juegoCambiado(int fila)
+{
+    if (fila >= 0 && teclaEnJuegos) {
+        // Arrow keys, Page keys or typing a name: load the game as a click does.
+        on_listWidget_juegos_itemClicked(ui->listWidget_juegos->item(fila));
+        return;
+    }
+    // A mouse press (its release loads the game through itemClicked), a press dragged off to
+    // another row, or the list taking the focus: nothing of the previous game may stay on
+    // screen to be calculated or published under the new one.
+    limpiar();
+    ui->tableWidget_sorteos->setRowCount(0);
+    sorteosMostrados.clear();
+    juegoMostrado.clear();
+}
+
+void calcularpremios2::sorteoCambiado(int fila, int columna, int filaAnterior, int columnaAnterior)
+{
+    Q_UNUSED(columna)
+    Q_UNUSED(columnaAnterior)
+    if (fila == filaAnterior)
+        return;
+    if (fila < 0) {
+        limpiar();
+        return;
+    }
+    on_tableWidget_sorteos_clicked(ui->tableWidget_sorteos->model()->index(fila, 0));
+}
+
+QStringList calcularpremios2::contextoJuego() const
+{
+    return {fechaConsulta(), claveJuegoActual()};
+}
+
+QStringList calcularpremios2::contextoSorteo() const
+{
+    return {fechaConsulta(), claveJuegoActual(),
+            juegoMostrado == claveJuegoActual() ? sorteoActual() : QString()};
+}
+
+QStringList calcularpremios2::contextoCalculo() const
+{
+    return contextoSorteo() << ui->lineEdit_numero->text();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -219,8 +293,11 @@ void calcularpremios2::on_listWidget_juegos_itemClicked(QListWidgetItem *item)
     limpiar();
     ui->tableWidget_sorteos->setRowCount(0);
     sorteosMostrados.clear();
-    red::get(managerResultados, QStringLiteral("resultadosJuego.php"),
-             {{QStringLiteral("f"), fechaConsulta()}, {QStringLiteral("j"), claveJuegoActual()}});
+    juegoMostrado.clear();
+    QNetworkReply *r = red::get(
+        managerResultados, QStringLiteral("resultadosJuego.php"),
+        {{QStringLiteral("f"), fechaConsulta()}, {QStringLiteral("j"), claveJuegoActual()}});
+    red::anotarContexto(r, contextoJuego());
 }
 
 void calcularpremios2::on_tableWidget_sorteos_clicked(const QModelIndex &index)
@@ -288,14 +365,25 @@ void calcularpremios2::on_pushButton_calcular_clicked()
 {
     const QString numero = ui->lineEdit_numero->text();
     const QString clave = claveJuegoActual();
+    // Only a draw of the game whose draws are on screen can be calculated.
+    if (juegoMostrado != clave || sorteoActual().isEmpty())
+        return;
     resultadoTexto = numero;
     if (sinNombresJuegoActual().isEmpty())
         resultadoTexto = numero + QLatin1Char('-') + nombreAnimal(clave, numero);
-    red::get(managerCalculo, premios::rutaCalculo(fechaConsulta(), clave, sorteoActual(), numero));
+    QNetworkReply *r = red::get(
+        managerCalculo, premios::rutaCalculo(fechaConsulta(), clave, sorteoActual(), numero));
+    red::anotarContexto(r, contextoCalculo() << resultadoTexto);
 }
 
 void calcularpremios2::on_pushButton_publicar_clicked()
 {
+    // Publishing is only ever of the calculation on screen: the date, game, draw and number it
+    // was made for must still be the ones shown.
+    const QStringList calculo = contextoCalculo();
+    if (!ui->pushButton_publicar->isEnabled() || calculoMostrado != calculo ||
+        calculo.contains(QString()))
+        return;
     const QString f = fechaConsulta();
     const QString j = claveJuegoActual();
     const QString s = sorteoActual();
@@ -317,13 +405,21 @@ void calcularpremios2::on_pushButton_publicar_clicked()
                          QStringLiteral("¿ Esta seguro ?"), icono, QStringLiteral("Cancelar"),
                          QStringLiteral("Publicar")))
         return;
+    // Replies handled while the confirmation was up may have changed what is on screen.
+    if (contextoCalculo() != calculo || calculoMostrado != calculo ||
+        !ui->pushButton_publicar->isEnabled())
+        return;
 
     ui->label_calcular->setText(QStringLiteral("Publicando..."));
-    red::get(managerPublicar, premios::rutaPublicar(f, j, s, a));
+    QNetworkReply *r = red::get(managerPublicar, premios::rutaPublicar(f, j, s, a));
+    red::anotarContexto(r, {f, j, s, resultadoTexto});
 }
 
 void calcularpremios2::on_pushButton_deshacer_clicked()
 {
+    const QStringList sorteo = contextoSorteo();
+    if (!ui->pushButton_deshacer->isEnabled() || sorteo.contains(QString()))
+        return;
     const QString f = fechaConsulta();
     const QString j = claveJuegoActual();
     const QString s = sorteoActual();
@@ -342,8 +438,11 @@ void calcularpremios2::on_pushButton_deshacer_clicked()
                          QStringLiteral("¿ Esta seguro de deshacer esta premiación ?"), icono,
                          QStringLiteral("Cancelar"), QStringLiteral("Deshacer")))
         return;
+    if (contextoSorteo() != sorteo || !ui->pushButton_deshacer->isEnabled())
+        return;
 
-    red::get(managerDeshacer, premios::rutaDeshacer(f, j, s));
+    QNetworkReply *r = red::get(managerDeshacer, premios::rutaDeshacer(f, j, s));
+    red::anotarContexto(r, {f, j, s, resultadoTexto});
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -374,9 +473,13 @@ void calcularpremios2::sorteosRecibidos(QNetworkReply *respuesta)
         codigosAnimales.append(juego.codigos);
         nombresAnimales.append(juego.nombres);
     }
+    // Game names by key, the last game of a key winning as in buscarValor().
+    QHash<QString, QString> nombresJuego;
+    for (std::size_t i = 0; i < SesionGlobal::tablaClaves.size(); ++i)
+        nombresJuego.insert(SesionGlobal::tablaClaves[i], SesionGlobal::tablaValores[i]);
     for (const premios::SorteoPremiar &sorteo : lista.sorteos) {
         sorteoJuego.append(sorteo.juego);
-        sorteoNombreJuego.append(buscarValor(sorteo.juego));
+        sorteoNombreJuego.append(nombresJuego.value(sorteo.juego));
         sorteoCodigo.append(sorteo.codigo);
         sorteoEtiqueta.append(sorteo.etiqueta);
         sorteoExtra.append(QString());
@@ -389,58 +492,83 @@ void calcularpremios2::sorteosRecibidos(QNetworkReply *respuesta)
 
 void calcularpremios2::resultadosRecibidos(QNetworkReply *respuesta)
 {
+    const QStringList pedido = red::contexto(respuesta);
     const QString texto = red::textoRespuesta(respuesta);
+    respuesta->deleteLater();
+    // The answer for a game or date no longer selected would mark another game's draws.
+    if (pedido != contextoJuego())
+        return;
     if (texto.isEmpty()) {
         mensajeSimple(this, QMessageBox::Critical, QStringLiteral("Error"),
                       QStringLiteral("No hubo respuesta del servidor"));
         ui->listWidget_juegos->clearSelection();
-        respuesta->deleteLater();
         return;
     }
 
     const QString clave = claveJuegoActual();
-    ui->tableWidget_sorteos->setRowCount(0);
-    sorteosMostrados.clear();
-    for (int i = 0; i < sorteoJuego.size(); ++i) {
-        if (sorteoJuego.at(i) != clave)
-            continue;
-        const int fila = ui->tableWidget_sorteos->rowCount();
-        ui->tableWidget_sorteos->insertRow(fila);
-        ui->tableWidget_sorteos->setItem(fila, 0, new QTableWidgetItem(sorteoEtiqueta.at(i)));
-        ui->tableWidget_sorteos->setItem(fila, 1, new QTableWidgetItem(QString()));
-        sorteosMostrados.append(sorteoCodigo.at(i));
-    }
-
-    const QString sinNombres = sinNombresJuegoActual();
-    const QString tipo = tipoJuegoActual();
-    for (const premios::ResultadoSorteo &r : premios::analizarResultados(texto)) {
-        const QString mostrado = premios::resultadoMostrado(r.resultado, sinNombres, tipo,
-                                                            nombreAnimal(clave, r.resultado));
-        for (int fila = 0; fila < sorteosMostrados.size(); ++fila) {
-            if (sorteosMostrados.at(fila) == r.sorteo)
-                ui->tableWidget_sorteos->item(fila, 1)->setText(mostrado);
+    QTableWidget *tabla = ui->tableWidget_sorteos;
+    {
+        // Rows are filled before their results are known: selecting one meanwhile would open
+        // number entry on a draw that turns out published.
+        const QSignalBlocker bloqueo(tabla);
+        tabla->setRowCount(0);
+        sorteosMostrados.clear();
+        QHash<QString, QVector<int>> filasDeSorteo;
+        for (int i = 0; i < sorteoJuego.size(); ++i) {
+            if (sorteoJuego.at(i) != clave)
+                continue;
+            const int fila = tabla->rowCount();
+            tabla->insertRow(fila);
+            tabla->setItem(fila, 0, new QTableWidgetItem(sorteoEtiqueta.at(i)));
+            tabla->setItem(fila, 1, new QTableWidgetItem(QString()));
+            sorteosMostrados.append(sorteoCodigo.at(i));
+            filasDeSorteo[sorteoCodigo.at(i)].append(fila);
         }
+        juegoMostrado = clave;
+
+        const QString sinNombres = sinNombresJuegoActual();
+        const QString tipo = tipoJuegoActual();
+        const QHash<QString, QString> nombres = premios::nombresDeJuego(
+            SesionGlobal::tablaClaves, codigosAnimales, nombresAnimales, clave);
+        for (const premios::ResultadoSorteo &r : premios::analizarResultados(texto)) {
+            const auto filas = filasDeSorteo.constFind(r.sorteo);
+            if (filas == filasDeSorteo.constEnd())
+                continue;
+            const QString mostrado = premios::resultadoMostrado(r.resultado, sinNombres, tipo,
+                                                                nombres.value(r.resultado));
+            for (int fila : *filas)
+                tabla->item(fila, 1)->setText(mostrado);
+        }
+        tabla->setCurrentCell(-1, -1);
     }
+    limpiar();
 
     int pendiente = -1;
     for (int fila = 0; fila < sorteosMostrados.size(); ++fila) {
-        if (ui->tableWidget_sorteos->item(fila, 1)->text().isEmpty()) {
+        if (tabla->item(fila, 1)->text().isEmpty()) {
             pendiente = fila;
             break;
         }
     }
     if (pendiente >= 0) {
-        ui->tableWidget_sorteos->setCurrentCell(pendiente, 0);
-        on_tableWidget_sorteos_clicked(ui->tableWidget_sorteos->model()->index(pendiente, 0));
+        tabla->setCurrentCell(pendiente, 0);
+        on_tableWidget_sorteos_clicked(tabla->model()->index(pendiente, 0));
     } else {
         ui->lineEdit_numero->setFocus();
     }
-    respuesta->deleteLater();
 }
 
 void calcularpremios2::calculoRecibido(QNetworkReply *respuesta)
 {
+    const QStringList pedido = red::contexto(respuesta);
     const QString texto = red::textoRespuesta(respuesta);
+    // A calculation for a number, draw, game or date no longer on screen would show its
+    // winners under the current entry and let "Publicar" publish the current number.
+    if (pedido.mid(0, 4) != contextoCalculo()) {
+        respuesta->deleteLater();
+        managerCalculo->clearAccessCache();
+        return;
+    }
     if (texto.isEmpty()) {
         mensajeSimple(this, QMessageBox::Critical, QStringLiteral("Error"),
                       QStringLiteral("El servidor no responde"));
@@ -462,6 +590,8 @@ void calcularpremios2::calculoRecibido(QNetworkReply *respuesta)
         ui->tableWidget_calculo->setItem(fila, 5, celdaMonto(p.premio));
     }
 
+    resultadoTexto = pedido.value(4);
+    calculoMostrado = pedido.mid(0, 4);
     ui->label_publicar->setText(ui->label_calcular->text() + QStringLiteral(" => ") +
                                 resultadoTexto);
     ui->pushButton_publicar->setEnabled(true);
@@ -474,40 +604,68 @@ void calcularpremios2::calculoRecibido(QNetworkReply *respuesta)
     managerCalculo->clearAccessCache();
 }
 
+namespace {
+// Row of a draw in the draw table; -1 when it is not there.
+int filaDeSorteo(const QStringList &sorteos, const QString &sorteo)
+{
+    return sorteo.isEmpty() ? -1 : sorteos.indexOf(sorteo);
+}
+} // namespace
+
 void calcularpremios2::publicarRecibido(QNetworkReply *respuesta)
 {
+    // Sent for: date, game, draw, result text.
+    const QStringList pedido = red::contexto(respuesta);
     const QString texto = red::textoRespuesta(respuesta);
     respuesta->deleteLater();
+    const bool actual = pedido.mid(0, 3) == contextoSorteo();
+    const bool mismoJuego = pedido.value(0) == fechaConsulta() && pedido.value(1) == juegoMostrado;
     switch (premios::clasificarRespuesta(texto)) {
     case premios::Respuesta::SinRespuesta:
         mostrarMensaje(this, QStringLiteral("Error"), textoSinRespuestaAccion, IconoMensaje::Error);
         return;
     case premios::Respuesta::Rechazada:
-        ui->label_calcular->clear();
+        if (actual)
+            ui->label_calcular->clear();
         mostrarMensaje(this, QStringLiteral("Atención"),
                        QStringLiteral("Este sorteo ya fué publicado"), IconoMensaje::Advertencia);
         return;
     case premios::Respuesta::Hecha:
         break;
     }
+    if (!actual) {
+        // The server did publish; the selection moved on meanwhile. Mark the draw where it is
+        // still listed and leave the current entry alone.
+        const int fila = mismoJuego ? filaDeSorteo(sorteosMostrados, pedido.value(2)) : -1;
+        if (QTableWidgetItem *celda = ui->tableWidget_sorteos->item(fila, 1))
+            celda->setText(pedido.value(3));
+        mostrarMensaje(this, QStringLiteral("Exito"),
+                       QStringLiteral("Se publicó exitosamente el resultado"), IconoMensaje::Exito);
+        return;
+    }
     ui->label_calcular->clear();
     if (QTableWidgetItem *celda =
             ui->tableWidget_sorteos->item(ui->tableWidget_sorteos->currentRow(), 1))
-        celda->setText(resultadoTexto);
+        celda->setText(pedido.value(3));
     mostrarMensaje(this, QStringLiteral("Exito"),
-                   QStringLiteral("Se publicó exitosamente el resultado"), IconoMensaje::Exito);
-    limpiar();
+                   QStringLiteral("Se publicó exitosamente el resultado"), IconoMensaje::Exito,
+                   [this] { limpiar(); });
 }
 
 void calcularpremios2::deshacerRecibido(QNetworkReply *respuesta)
 {
+    const QStringList pedido = red::contexto(respuesta);
     const QString texto = red::textoRespuesta(respuesta);
     respuesta->deleteLater();
-    ui->label_calcular->clear();
+    const bool actual = pedido.mid(0, 3) == contextoSorteo();
+    const bool mismoJuego = pedido.value(0) == fechaConsulta() && pedido.value(1) == juegoMostrado;
+    if (actual)
+        ui->label_calcular->clear();
     switch (premios::clasificarRespuesta(texto)) {
     case premios::Respuesta::SinRespuesta:
         mostrarMensaje(this, QStringLiteral("Error"), textoSinRespuestaAccion, IconoMensaje::Error);
-        ui->lineEdit_numero->setFocus();
+        if (actual)
+            ui->lineEdit_numero->setFocus();
         return;
     case premios::Respuesta::Rechazada:
         mostrarMensaje(this, QStringLiteral("Atención"),
@@ -517,12 +675,24 @@ void calcularpremios2::deshacerRecibido(QNetworkReply *respuesta)
     case premios::Respuesta::Hecha:
         break;
     }
+    if (!actual) {
+        const int fila = mismoJuego ? filaDeSorteo(sorteosMostrados, pedido.value(2)) : -1;
+        if (QTableWidgetItem *celda = ui->tableWidget_sorteos->item(fila, 1))
+            celda->setText(QString());
+        mostrarMensaje(this, QStringLiteral("Exito"), QStringLiteral("Se deshizo el resultado"),
+                       IconoMensaje::Exito);
+        return;
+    }
     const int fila = ui->tableWidget_sorteos->currentRow();
     if (fila >= 0)
         ui->tableWidget_sorteos->setItem(fila, 1, new QTableWidgetItem(resultadoTexto));
-    mostrarMensaje(this, QStringLiteral("Exito"), QStringLiteral("Se deshizo el resultado"),
-                   IconoMensaje::Exito);
-    if (QTableWidgetItem *celda = ui->tableWidget_sorteos->item(fila, 1))
-        celda->setText(QString());
+    // The button goes off at once: the draw is no longer published for this dialog.
     ui->pushButton_deshacer->setEnabled(false);
+    const QString sorteo = pedido.value(2);
+    mostrarMensaje(this, QStringLiteral("Exito"), QStringLiteral("Se deshizo el resultado"),
+                   IconoMensaje::Exito, [this, sorteo] {
+                       const int f = filaDeSorteo(sorteosMostrados, sorteo);
+                       if (QTableWidgetItem *celda = ui->tableWidget_sorteos->item(f, 1))
+                           celda->setText(QString());
+                   });
 }

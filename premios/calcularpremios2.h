@@ -6,6 +6,8 @@
 #include <QString>
 #include <QStringList>
 
+class QEvent;
+
 class QListWidgetItem;
 class QNetworkAccessManager;
 class QNetworkReply;
@@ -40,7 +42,20 @@ private slots:
     void on_lineEdit_numero_returnPressed();
     void on_lineEdit_numero_textChanged(const QString &arg1);
 
+protected:
+    bool eventFilter(QObject *objeto, QEvent *evento) override;
+
 private:
+    // Keyboard moves in the game list and the draw table select what a click selects.
+    void juegoCambiado(int fila);
+    void sorteoCambiado(int fila, int columna, int filaAnterior, int columnaAnterior);
+
+    // What is on screen now, in the shape each request records it was sent for: a reply is
+    // applied only while these are still the same.
+    QStringList contextoJuego() const;   // date, game
+    QStringList contextoSorteo() const;  // date, game, draw
+    QStringList contextoCalculo() const; // date, game, draw, number
+
     // Reply handlers, one per request kind.
     void sorteosRecibidos(QNetworkReply *respuesta);
     void resultadosRecibidos(QNetworkReply *respuesta);
@@ -71,6 +86,9 @@ private:
     QStringList sorteoExtra;
     QStringList sorteosMostrados;
     QString resultadoTexto;
+    QString juegoMostrado;       // game whose draws tableWidget_sorteos holds
+    QStringList calculoMostrado; // what the calculation on screen was made for
+    bool teclaEnJuegos = false;  // a key is down on the game list
     Ui::calcularpremios2 *ui;
     QNetworkAccessManager *managerSorteos;
     QNetworkAccessManager *managerResultados;

@@ -62,6 +62,25 @@ QString nombreAnimal(const std::vector<QString> &claves, const QStringList &codi
     return nombre;
 }
 
+QHash<QString, QString> nombresDeJuego(const std::vector<QString> &claves,
+                                       const QStringList &codigos, const QStringList &nombres,
+                                       const QString &juego)
+{
+    QHash<QString, QString> nombresPorNumero;
+    int indice = -1;
+    for (std::size_t i = 0; i < claves.size(); ++i) {
+        if (claves[i] == juego)
+            indice = static_cast<int>(i);
+    }
+    if (indice < 0)
+        return nombresPorNumero;
+    const QStringList numerosJuego = codigos.value(indice).split(QLatin1Char(','));
+    const QStringList nombresJuego = nombres.value(indice).split(QLatin1Char(','));
+    for (int j = 0; j < numerosJuego.size(); ++j)
+        nombresPorNumero.insert(numerosJuego.at(j), nombresJuego.value(j));
+    return nombresPorNumero;
+}
+
 QVector<ResultadoSorteo> analizarResultados(const QString &texto)
 {
     QVector<ResultadoSorteo> resultados;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QString>
 #include <QStringList>
 #include <QVector>
@@ -46,6 +47,12 @@ ListaSorteos analizarSorteos(const QString &texto, const QStringList &juegosUsua
 // differ). "" when the game or the number is unknown.
 QString nombreAnimal(const std::vector<QString> &claves, const QStringList &codigos,
                      const QStringList &nombres, const QString &juego, const QString &numero);
+
+// Every number of a game with its animal name, by the same rules as nombreAnimal (last game
+// with the key, last position of a number), for handlers that name many results at once.
+QHash<QString, QString> nombresDeJuego(const std::vector<QString> &claves,
+                                       const QStringList &codigos, const QStringList &nombres,
+                                       const QString &juego);
 
 // One line of "resultadosJuego.php": "drawKey,result".
 struct ResultadoSorteo {

@@ -1,6 +1,7 @@
 #include "ui/mainwindow.h"
 #include "ui_MainWindow.h"
 
+#include "app/apagado.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/salida.h"
@@ -18,6 +19,7 @@
 #include "ui/iniciar_sesion.h"
 
 #include <QAction>
+#include <QDialog>
 #include <QMenu>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
@@ -176,12 +178,16 @@ void MainWindow::ver_hora()
     }
 }
 
-// Every dialog is a new, non-modal child of this window and stays owned by it. They are not
-// deleted on close: their message boxes live on the stack of their reply handlers with the
-// dialog as parent, and deleting a dialog from a nested event loop under such a box would
-// destroy the box twice.
+// Every dialog is a new, non-modal child of this window, and closing it (its own button,
+// Escape or the title bar) destroys it with its timers, requests and script. The moment it
+// is closed it is quieted, so nothing it started acts in the short time before the deferred
+// deletion. Message boxes never run a nested event loop on a handler's stack (see
+// mostrarMensaje), and the confirmations guard their parent, so a dialog may die under a box.
 void MainWindow::abrirDialogo(QWidget *dialogo)
 {
+    dialogo->setAttribute(Qt::WA_DeleteOnClose);
+    if (auto *d = qobject_cast<QDialog *>(dialogo))
+        connect(d, &QDialog::finished, d, [d] { apagarObjeto(d); });
     dialogo->show();
 }
 

@@ -164,15 +164,17 @@ private slots:
             {IconoMensaje::Exito, ":/Imagenes/like-crash.png"},
             {IconoMensaje::Advertencia, ":/Imagenes/warning-crash.png"},
             {IconoMensaje::Pregunta, ":/Imagenes/question-crash.png"}};
+        int vistos = 0;
         for (const auto &caso : casos) {
             QVERIFY(!QPixmap(caso.second).isNull());
             mostrarMensaje(&ventana, "T", "x", caso.first);
+            QVERIFY(captura.esperar(++vistos));
             QCOMPARE(captura.ultimo().rutaIcono, caso.second);
             QCOMPARE(captura.ultimo().altoIcono, 128);
         }
         QCOMPARE(captura.cantidad(), 4);
-        // The boxes stay children of the window that showed them.
-        QCOMPARE(ventana.findChildren<QMessageBox *>().size(), 4);
+        // Each box was a child of the window that showed it, and is gone once closed.
+        QTRY_COMPARE(ventana.findChildren<QMessageBox *>().size(), 0);
     }
 
     void preguntaConSegundoBoton()

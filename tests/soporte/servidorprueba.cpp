@@ -22,6 +22,7 @@ ServidorPrueba::ServidorPrueba() : m_servidor(std::make_unique<httplib::Server>(
         std::string cuerpo;
         Generador generador;
         int demora = 0;
+        int codigo = 200;
         {
             std::lock_guard<std::mutex> lock(m_mutex);
             m_peticiones.append(QString::fromLatin1(req.target.data(), int(req.target.size())));
@@ -34,6 +35,9 @@ ServidorPrueba::ServidorPrueba() : m_servidor(std::make_unique<httplib::Server>(
             auto d = m_demoras.find(endpoint);
             if (d != m_demoras.end())
                 demora = d->second;
+            auto e = m_estados.find(endpoint);
+            if (e != m_estados.end())
+                codigo = e->second;
         }
         if (demora > 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(demora));
@@ -42,7 +46,7 @@ ServidorPrueba::ServidorPrueba() : m_servidor(std::make_unique<httplib::Server>(
                 generador(QString::fromLatin1(req.target.data(), int(req.target.size())));
             cuerpo.assign(generado.constData(), std::size_t(generado.size()));
         }
-        res.status = 200;
+        res.status = codigo;
         res.set_content(cuerpo, "text/plain; charset=ISO-8859-1");
     });
     m_puerto = m_servidor->bind_to_any_port("127.0.0.1");
@@ -81,6 +85,12 @@ void ServidorPrueba::responderCon(const QString &endpoint, Generador generador)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_generadores[endpoint.toStdString()] = std::move(generador);
+}
+
+void ServidorPrueba::estado(const QString &endpoint, int codigo)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_estados[endpoint.toStdString()] = codigo;
 }
 
 void ServidorPrueba::demorar(const QString &endpoint, int milisegundos)

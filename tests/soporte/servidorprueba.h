@@ -41,6 +41,9 @@ public:
     using Generador = std::function<QByteArray(const QString &objetivo)>;
     void responderCon(const QString &endpoint, Generador generador);
 
+    // HTTP status of the replies to `endpoint` (200 unless set), with whatever body they have.
+    void estado(const QString &endpoint, int codigo);
+
     // Holds replies to `endpoint` for `milisegundos` before answering.
     void demorar(const QString &endpoint, int milisegundos);
 
@@ -64,5 +67,6 @@ private:
     std::map<std::string, std::string> m_respuestas;
     std::map<std::string, Generador> m_generadores;
     std::map<std::string, int> m_demoras;
+    std::map<std::string, int> m_estados;
     QStringList m_peticiones;
 };

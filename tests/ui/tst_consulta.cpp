@@ -36,7 +36,13 @@ private slots:
         ventana.show();
         CapturaMensajes captura;
         QPointer<mysqlconsulta> consola = new mysqlconsulta(&ventana);
-        QCOMPARE(captura.cantidad(), 1);
+        QVERIFY(!consola->baseAbierta());
+        QCOMPARE(consola->windowTitle(), QStringLiteral("Consultas MySql"));
+        // The caller shows it as every dialog: it stays closed and goes away.
+        consola->show();
+        QVERIFY(!consola->isVisible());
+
+        QVERIFY(captura.esperar(1));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Error"));
         QCOMPARE(m.texto, QStringLiteral("Error abriendo la base de datos"));
@@ -44,12 +50,6 @@ private slots:
         QCOMPARE(m.altoIcono, 128);
         QCOMPARE(m.botones, QStringList{"Aceptar"});
         QCOMPARE(m.anchosBotones.value(0), 80);
-        QVERIFY(!consola->baseAbierta());
-        QCOMPARE(consola->windowTitle(), QStringLiteral("Consultas MySql"));
-
-        // The caller shows it as every dialog: it stays closed and goes away.
-        consola->show();
-        QVERIFY(!consola->isVisible());
         QTRY_VERIFY(consola.isNull());
         QCOMPARE(ventana.findChildren<mysqlconsulta *>().size(), 0);
     }

@@ -129,7 +129,7 @@ class TstMainWindow : public QObject {
             QVERIFY(d->isVisible());
             QVERIFY(!d->isModal());
             QCOMPARE(d->windowModality(), Qt::NonModal);
-            QVERIFY(!d->testAttribute(Qt::WA_DeleteOnClose));
+            QVERIFY(d->testAttribute(Qt::WA_DeleteOnClose));
             if (!titulo.isEmpty())
                 QCOMPARE(d->windowTitle(), titulo);
         }
@@ -498,7 +498,7 @@ private slots:
         auto v = abrir();
         CapturaMensajes captura;
         accion(*v, "actionMySql")->trigger();
-        QCOMPARE(captura.cantidad(), 1);
+        QVERIFY(captura.esperar(1));
         QCOMPARE(captura.ultimo().texto, QStringLiteral("Error abriendo la base de datos"));
         QCOMPARE(captura.ultimo().rutaIcono, QStringLiteral(":/Imagenes/question-crash.png"));
         QTRY_COMPARE(v->findChildren<mysqlconsulta *>().size(), 0);
