@@ -7,7 +7,10 @@
 
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
+#include <QAbstractButton>
+#include <QPushButton>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QWidget>
 
 // The request pattern against a real HTTP server, and the console's message box.
@@ -208,6 +211,158 @@ private slots:
         captura.responder("Publicar");
         QVERIFY(confirmarAccion(&ventana, "Publicar resultado", "Fecha = x", "¿ Esta seguro ?",
                                 icono, "Cancelar", "Publicar"));
+    }
+
+    void errorHttpEsFaltaDeRespuesta_data()
+    {
+        QTest::addColumn<int>("codigo");
+        QTest::addColumn<QString>("endpoint");
+        QTest::newRow("500 publicar") << 500 << "publicarPremios2.php";
+        QTest::newRow("404 publicar") << 404 << "publicarPremios2.php";
+        QTest::newRow("500 deshacer") << 500 << "deshacerpremios.php";
+        QTest::newRow("404 autopremiar") << 404 << "autopremiar.php";
+        QTest::newRow("503 ventas") << 503 << "monitorventas.php";
+        QTest::newRow("400 reporte") << 400 << "reportex.php";
+    }
+
+    void errorHttpEsFaltaDeRespuesta()
+    {
+        // An error page carries a body; it is still no answer of the server's.
+        QFETCH(int, codigo);
+        QFETCH(QString, endpoint);
+        ServidorPrueba srv;
+        DirectorioTrabajo dir;
+        dir.apuntarA(srv.direccion());
+        srv.responder(endpoint, "<html><body>Internal Server Error</body></html>\n");
+        srv.estado(endpoint, codigo);
+        QNetworkAccessManager nam;
+        QByteArray bytes = "x";
+        bool valida = true;
+        bool llego = false;
+        auto c = connect(&nam, &QNetworkAccessManager::finished, [&](QNetworkReply *r) {
+            valida = red::respuestaValida(r);
+            bytes = red::bytesRespuesta(r);
+            r->deleteLater();
+            llego = true;
+        });
+        red::get(&nam, endpoint + "?&f=2026-11-22");
+        QTRY_VERIFY_WITH_TIMEOUT(llego, 10000);
+        disconnect(c);
+        QVERIFY(!valida);
+        QVERIFY(bytes.isEmpty());
+        QCOMPARE(pedir(nam, [&] { return red::get(&nam, endpoint); }), QString());
+
+        // The same body with 200 is an answer.
+        srv.estado(endpoint, 200);
+        QCOMPARE(pedir(nam, [&] { return red::get(&nam, endpoint); }),
+                 QStringLiteral("<html><body>Internal Server Error</body></html>\n"));
+    }
+
+    void contextoViajaConLaRespuesta()
+    {
+        ServidorPrueba srv;
+        DirectorioTrabajo dir;
+        dir.apuntarA(srv.direccion());
+        QNetworkAccessManager nam;
+        QStringList visto;
+        bool llego = false;
+        connect(&nam, &QNetworkAccessManager::finished, [&](QNetworkReply *r) {
+            visto = red::contexto(r);
+            r->deleteLater();
+            llego = true;
+        });
+        red::anotarContexto(red::get(&nam, "resultadosJuego.php", {{"f", "2026-11-22"}}),
+                            {"2026-11-22", "3"});
+        QTRY_VERIFY_WITH_TIMEOUT(llego, 10000);
+        QCOMPARE(visto, (QStringList{"2026-11-22", "3"}));
+    }
+
+    // Presses `tecla` on the next modal box that appears; records its default button.
+    void pulsarEnLaCaja(int tecla, QString *predeterminado)
+    {
+        auto *t = new QTimer(this);
+        t->setInterval(10);
+        connect(t, &QTimer::timeout, this, [t, tecla, predeterminado] {
+            auto *caja = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            if (!caja || !caja->isVisible())
+                return;
+            t->stop();
+            t->deleteLater();
+            if (predeterminado)
+                *predeterminado = caja->defaultButton() ? caja->defaultButton()->text() : QString();
+            QTest::keyClick(caja, Qt::Key(tecla));
+        });
+        t->start();
+    }
+
+    void confirmacionNoSeAceptaPorTeclado_data()
+    {
+        QTest::addColumn<int>("tecla");
+        QTest::newRow("Return") << int(Qt::Key_Return);
+        QTest::newRow("Enter") << int(Qt::Key_Enter);
+        QTest::newRow("Escape") << int(Qt::Key_Escape);
+    }
+
+    void confirmacionNoSeAceptaPorTeclado()
+    {
+        // Return, Enter and Escape all mean "Cancelar".
+        QFETCH(int, tecla);
+        QWidget ventana;
+        ventana.show();
+        QString predeterminado;
+        pulsarEnLaCaja(tecla, &predeterminado);
+        QTimer vigilante;
+        vigilante.setSingleShot(true);
+        connect(&vigilante, &QTimer::timeout, [] {
+            if (auto *w = QApplication::activeModalWidget())
+                w->close();
+        });
+        vigilante.start(10000);
+        QVERIFY(!confirmarAccion(&ventana, "Publicar resultado", "Fecha = x", "¿ Esta seguro ?",
+                                 QPixmap(), "Cancelar", "Publicar"));
+        QVERIFY(vigilante.isActive()); // answered by the key, not by the watchdog
+        QCOMPARE(predeterminado, QStringLiteral("Cancelar"));
+    }
+
+    void confirmacionConPadreDestruido()
+    {
+        // The dialog that asked goes away while its confirmation is up: the answer is "no".
+        auto *ventana = new QWidget;
+        ventana->show();
+        QTimer::singleShot(100, ventana, [ventana] { ventana->deleteLater(); });
+        QVERIFY(!confirmarAccion(ventana, "Deshacer resultado", "x", "¿ Esta seguro ?", QPixmap(),
+                                 "Cancelar", "Deshacer"));
+    }
+
+    void mensajeNoDetieneAlQueLlama()
+    {
+        // The handler that reports goes on at once; the box comes up after its event, and
+        // what is to happen after the box happens when it is closed.
+        QWidget ventana;
+        ventana.show();
+        CapturaMensajes captura;
+        bool cerrado = false;
+        mostrarMensaje(&ventana, "Exito", "Se deshizo el resultado", IconoMensaje::Exito,
+                       [&cerrado] { cerrado = true; });
+        QCOMPARE(captura.cantidad(), 0);
+        QVERIFY(!cerrado);
+        QVERIFY(captura.esperar(1));
+        QCOMPARE(captura.ultimo().texto, QStringLiteral("Se deshizo el resultado"));
+        QTRY_VERIFY(cerrado);
+    }
+
+    void mensajeMuereConSuPadre()
+    {
+        // A box whose dialog goes away goes with it, and what was to follow it never runs.
+        auto *ventana = new QWidget;
+        ventana->show();
+        bool cerrado = false;
+        mostrarMensaje(ventana, "Exito", "x", IconoMensaje::Exito, [&cerrado] { cerrado = true; });
+        QTRY_VERIFY(QApplication::activeModalWidget() != nullptr);
+        delete ventana;
+        QTest::qWait(50);
+        QVERIFY(!cerrado);
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
     }
 };
 

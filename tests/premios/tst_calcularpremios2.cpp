@@ -13,6 +13,8 @@
 #include <QLineEdit>
 #include <QListWidget>
 #include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QThread>
 #include <QPushButton>
 #include <QTableWidget>
 
@@ -74,8 +76,28 @@ struct Banco {
     bool abrir()
     {
         dlg = std::make_unique<calcularpremios2>();
+        // Connected after the dialog's own handlers: a URL is listed once the dialog handled it.
+        for (QNetworkAccessManager *m : dlg->findChildren<QNetworkAccessManager *>())
+            QObject::connect(m, &QNetworkAccessManager::finished, dlg.get(),
+                             [this](QNetworkReply *r) { atendidas.append(r->url().toString()); });
         dlg->show();
         return QTest::qWaitFor([&] { return lista()->count() > 0; }, 5000);
+    }
+
+    // URLs of the replies the dialog has handled, in the order it handled them.
+    QStringList atendidas;
+
+    // Waits until the dialog has handled a reply whose URL contains `parte`.
+    bool esperarAtendida(const QString &parte, int ms = 10000)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                for (const QString &u : qAsConst(atendidas))
+                    if (u.contains(parte))
+                        return true;
+                return false;
+            },
+            ms);
     }
 
     // The usual start: the fixture's games, `resultados` as the draws' results, the dialog open
@@ -990,6 +1012,246 @@ private slots:
         QVERIFY(b.clicJuego(0));
         QCOMPARE(b.sorteos()->rowCount(), 0);
         QCOMPARE(b.estados(), QStringLiteral("0000"));
+    }
+
+    void errorHttpAlPublicar_data()
+    {
+        QTest::addColumn<int>("codigo");
+        QTest::newRow("500") << 500;
+        QTest::newRow("404") << 404;
+    }
+
+    void errorHttpAlPublicar()
+    {
+        // An error page is no "published": the row stays pending and the error is told.
+        QFETCH(int, codigo);
+        Banco b;
+        b.srv.responder("sorteospremiar3.php", sorteosFixture);
+        b.srv.responder("resultadosJuego.php", "\n");
+        b.srv.responder("publicarPremios2.php", "<html><body>Error interno</body></html>");
+        b.srv.estado("publicarPremios2.php", codigo);
+        QVERIFY(b.abrir());
+        QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
+        CapturaMensajes captura;
+        captura.responder("Publicar");
+        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
+        QVERIFY(captura.esperar(2));
+        QCOMPARE(captura.ultimo().titulo, QStringLiteral("Error"));
+        QCOMPARE(captura.ultimo().texto,
+                 QStringLiteral(
+                     "El servidor no respondio\nNo se pudieron publicar los premios/resultado"));
+        QTest::qWait(50);
+        QCOMPARE(b.resultado(0), QString());
+        QCOMPARE(captura.cantidad(), 2);
+    }
+
+    void errorHttpAlDeshacer_data()
+    {
+        QTest::addColumn<int>("codigo");
+        QTest::newRow("500") << 500;
+        QTest::newRow("404") << 404;
+    }
+
+    void errorHttpAlDeshacer()
+    {
+        QFETCH(int, codigo);
+        Banco b;
+        b.srv.responder("sorteospremiar3.php", sorteosFixture);
+        b.srv.responder("resultadosJuego.php", "10,05\n");
+        b.srv.responder("deshacerpremios.php", "<html>Not Found</html>");
+        b.srv.estado("deshacerpremios.php", codigo);
+        QVERIFY(b.abrir());
+        QVERIFY(b.clicJuego(0));
+        b.clicSorteo(0);
+        CapturaMensajes captura;
+        captura.responder("Deshacer");
+        QTest::mouseClick(b.bDeshacer(), Qt::LeftButton);
+        QVERIFY(captura.esperar(2));
+        QCOMPARE(captura.ultimo().titulo, QStringLiteral("Error"));
+        QTest::qWait(50);
+        QCOMPARE(b.resultado(0), QStringLiteral("05-León"));
+        QCOMPARE(b.estados(), QStringLiteral("0010"));
+    }
+
+    void errorHttpAlCargar_data()
+    {
+        QTest::addColumn<QString>("endpoint");
+        QTest::addColumn<QString>("texto");
+        QTest::newRow("juegos") << "sorteospremiar3.php"
+                                << "¡ No hubo respuesta del servidor !";
+        QTest::newRow("sorteos") << "resultadosJuego.php"
+                                 << "No hubo respuesta del servidor";
+        QTest::newRow("calculo") << "calcularpremios4.php"
+                                 << "El servidor no responde";
+    }
+
+    void errorHttpAlCargar()
+    {
+        QFETCH(QString, endpoint);
+        QFETCH(QString, texto);
+        Banco b;
+        b.srv.responder("sorteospremiar3.php", sorteosFixture);
+        b.srv.responder("resultadosJuego.php", "\n");
+        b.srv.responder("calcularpremios4.php", "h\nB1,A,1,05,10,300\n");
+        b.srv.estado(endpoint, 500);
+        CapturaMensajes captura;
+        if (endpoint == QLatin1String("sorteospremiar3.php")) {
+            b.dlg = std::make_unique<calcularpremios2>();
+            b.dlg->show();
+        } else {
+            QVERIFY(b.abrir());
+            QVERIFY(b.clicJuego(0));
+            if (endpoint == QLatin1String("calcularpremios4.php")) {
+                b.teclear("5");
+                QTest::mouseClick(b.bCalcular(), Qt::LeftButton);
+            }
+        }
+        QVERIFY(captura.esperar(1));
+        QCOMPARE(captura.ultimo().titulo, QStringLiteral("Error"));
+        QCOMPARE(captura.ultimo().texto, texto);
+        QTest::qWait(50);
+        QVERIFY(!b.bPublicar()->isEnabled());
+        QCOMPARE(b.calculo()->rowCount(), 0);
+    }
+
+    void calculoTardioNoHabilitaPublicar()
+    {
+        // 05 is calculated slowly; meanwhile the entry becomes 01. The late answer belongs to
+        // 05 and must neither show its winners nor let "Publicar" publish 01.
+        Banco b;
+        b.srv.responder("sorteospremiar3.php", sorteosFixture);
+        b.srv.responder("resultadosJuego.php", "\n");
+        b.srv.responderCon("calcularpremios4.php", [](const QString &objetivo) -> QByteArray {
+            if (objetivo.endsWith("&a=05")) {
+                QThread::msleep(800);
+                return "h\nB1,A,1,05,10,300\n";
+            }
+            return "h\nB2,B,2,01,20,600\n";
+        });
+        QVERIFY(b.abrir());
+        QVERIFY(b.clicJuego(0));
+        b.teclear("5");
+        QTest::mouseClick(b.bCalcular(), Qt::LeftButton);
+        QVERIFY(QTest::qWaitFor(
+            [&] { return b.srv.peticionesA("calcularpremios4.php").size() == 1; }, 5000));
+        b.numero()->clear();
+        b.teclear("1");
+        QCOMPARE(b.numero()->text(), QStringLiteral("01"));
+        QVERIFY(b.esperarAtendida("a=05"));
+        QCOMPARE(b.calculo()->rowCount(), 0);
+        QVERIFY(!b.bPublicar()->isEnabled());
+        QCOMPARE(b.publicar()->text(), QString());
+        QCOMPARE(b.total()->text(), QString());
+
+        // Calculating 01 shows 01's winners and publishes 01.
+        QTest::mouseClick(b.bCalcular(), Qt::LeftButton);
+        QVERIFY(QTest::qWaitFor([&] { return b.bPublicar()->isEnabled(); }, 5000));
+        QCOMPARE(b.calculo()->item(0, 3)->text(), QStringLiteral("01"));
+        CapturaMensajes captura;
+        captura.responder("Publicar");
+        b.srv.responder("publicarPremios2.php", "1");
+        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
+        QVERIFY(captura.esperar(2));
+        QCOMPARE(
+            b.srv.peticionesA("publicarPremios2.php"),
+            QStringList{"/Tornavo/TornavoSU/publicarPremios2.php?&f=2026-11-22&j=1&s=10&a=01"});
+    }
+
+    void publicarSinCalculoVigenteNoEnvia()
+    {
+        // The button is the only way to publish, and only what was calculated is published.
+        Banco b;
+        b.srv.responder("sorteospremiar3.php", sorteosFixture);
+        b.srv.responder("resultadosJuego.php", "\n");
+        QVERIFY(b.abrir());
+        QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
+        // Another draw is picked: what was calculated no longer matches the screen.
+        b.clicSorteo(2);
+        CapturaMensajes captura;
+        captura.responder("Publicar");
+        QMetaObject::invokeMethod(b.dlg.get(), "on_pushButton_publicar_clicked");
+        QTest::qWait(100);
+        QCOMPARE(captura.cantidad(), 0);
+        QVERIFY(b.srv.peticionesA("publicarPremios2.php").isEmpty());
+    }
+
+    void resultadosFueraDeOrden()
+    {
+        // Game 1's draws answer slowly, game 2's at once; the user is on game 2 when game 1's
+        // answer comes. It must not mark game 2's draws.
+        Banco b;
+        b.srv.responder("sorteospremiar3.php", sorteosFixture);
+        b.srv.responderCon("resultadosJuego.php", [](const QString &objetivo) -> QByteArray {
+            if (objetivo.endsWith("&j=1")) {
+                QThread::msleep(800);
+                return "20,999\n21,888\n";
+            }
+            return "20,123\n";
+        });
+        QVERIFY(b.abrir());
+        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.clicJuego(1));
+        QVERIFY(b.esperarAtendida("j=1"));
+        QVERIFY(b.esperarAtendida("j=2"));
+        QTest::qWait(50);
+        QCOMPARE(b.sorteos()->rowCount(), 2);
+        QCOMPARE(b.sorteos()->item(0, 0)->text(), QStringLiteral("1PM"));
+        QCOMPARE(b.resultado(0), QStringLiteral("123"));
+        QCOMPARE(b.resultado(1), QString());
+        // The pending draw of game 2 is the one open for entry.
+        QCOMPARE(b.sorteos()->currentRow(), 1);
+        QCOMPARE(b.calcular()->text(), QStringLiteral("Triple A-4PM"));
+    }
+
+    void tecladoCargaElJuego()
+    {
+        // Arrow keys in the game list load the game's draws exactly as a click does, so the
+        // draw sent with "Calcular" always belongs to the game sent with it.
+        Banco b;
+        b.srv.responder("sorteospremiar3.php", sorteosFixture);
+        b.srv.responder("resultadosJuego.php", "\n");
+        b.srv.responder("calcularpremios4.php", "h\n");
+        QVERIFY(b.abrir());
+        QVERIFY(b.clicJuego(0));
+        QCOMPARE(b.srv.peticionesA("resultadosJuego.php").size(), 1);
+        b.lista()->setFocus();
+        QTest::keyClick(b.lista(), Qt::Key_Down);
+        QVERIFY(QTest::qWaitFor(
+            [&] { return b.srv.peticionesA("resultadosJuego.php").size() == 2; }, 5000));
+        QCOMPARE(b.srv.peticionesA("resultadosJuego.php").value(1),
+                 QStringLiteral("/Tornavo/TornavoSU/resultadosJuego.php?f=2026-11-22&j=2"));
+        QVERIFY(b.esperarAtendida("j=2"));
+        QCOMPARE(b.sorteos()->rowCount(), 2);
+        QCOMPARE(b.sorteos()->item(0, 0)->text(), QStringLiteral("1PM"));
+        b.teclear("123");
+        QVERIFY(b.bCalcular()->isEnabled());
+        QTest::mouseClick(b.bCalcular(), Qt::LeftButton);
+        QVERIFY(QTest::qWaitFor(
+            [&] { return b.srv.peticionesA("calcularpremios4.php").size() == 1; }, 5000));
+        QCOMPARE(
+            b.srv.peticionesA("calcularpremios4.php").value(0),
+            QStringLiteral("/Tornavo/TornavoSU/calcularpremios4.php?&f=2026-11-22&j=2&s=20&a=123"));
+        // A mouse click still sends one request, not two.
+        QVERIFY(b.clicJuego(0));
+        QTest::qWait(100);
+        QCOMPARE(b.srv.peticionesA("resultadosJuego.php").size(), 3);
+    }
+
+    void tecladoEnSorteosPublicadoCierraEntrada()
+    {
+        // Draw 10 is published, 11 pending and open for entry. Moving up to 10 with the
+        // keyboard must close entry and offer undo, as a click on it does.
+        Banco b;
+        QVERIFY(b.abrirEnPrimerJuego("10,05\n"));
+        QCOMPARE(b.sorteos()->currentRow(), 1);
+        QCOMPARE(b.estados(), QStringLiteral("1000"));
+        b.sorteos()->setFocus();
+        QTest::keyClick(b.sorteos(), Qt::Key_Up);
+        QCOMPARE(b.sorteos()->currentRow(), 0);
+        QCOMPARE(b.estados(), QStringLiteral("0010"));
+        QTest::keyClick(b.sorteos(), Qt::Key_Down);
+        QCOMPARE(b.estados(), QStringLiteral("1000"));
+        QCOMPARE(b.calcular()->text(), QStringLiteral("Lotto Activo-11AM"));
     }
 };
 
