@@ -9,6 +9,7 @@
 #include "tests/soporte/capturamensajes.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
+#include "tests/soporte/sesionprueba.h"
 #include "tests/ui/guardaconexiones.h"
 #include "ui/iniciar_sesion.h"
 #include "ui/mainwindow.h"
@@ -31,33 +32,9 @@
 
 namespace {
 
-const QByteArray respuestaAdmin = "1\nAdministrador\nX\nroot\nroot\n01\nSB1\n1,2\n";
+const QByteArray respuestaAdmin = respuestaLoginAdmin;
 const QByteArray respuestaOperador = "1\nOperador\nX\n11,21\n1,5\n\n\n\n";
 const QByteArray lineaImpresa = "Unable to set stylesheet, file not found\n";
-
-// Waits for the login dialog that the main window runs and answers it: types the user and
-// password and presses "Iniciar sesión" (or "Salir", or closes it by its title bar).
-enum class Respuesta { Iniciar, Salir, Cerrar };
-void responderLogin(Respuesta respuesta = Respuesta::Iniciar)
-{
-    auto *sondeo = new QTimer;
-    QObject::connect(sondeo, &QTimer::timeout, [sondeo, respuesta] {
-        auto *login = qobject_cast<iniciar_sesion *>(QApplication::activeModalWidget());
-        if (!login)
-            return;
-        sondeo->stop();
-        sondeo->deleteLater();
-        login->findChild<QLineEdit *>("lineEdit_usuario")->setText("admin");
-        login->findChild<QLineEdit *>("lineEdit_clave")->setText("tornavo1");
-        if (respuesta == Respuesta::Iniciar)
-            login->findChild<QPushButton *>("pushButton_iniciar")->click();
-        else if (respuesta == Respuesta::Salir)
-            login->findChild<QPushButton *>("pushButton_salir")->click();
-        else
-            login->close();
-    });
-    sondeo->start(10);
-}
 
 // Runs `accion` on the theme dialog once the main window has opened it modally.
 void enDialogoDeTemas(std::function<void(themeconfig *)> accion)
@@ -144,29 +121,29 @@ public:
     static int correrEscenario(const QString &nombre)
     {
         if (nombre == QLatin1String("salirEnLogin")) {
-            responderLogin(Respuesta::Salir);
+            responderLogin(RespuestaLogin::Salir);
             MainWindow ventana;
             return 0;
         }
         if (nombre == QLatin1String("cerrarLogin")) {
-            responderLogin(Respuesta::Cerrar);
+            responderLogin(RespuestaLogin::Cerrar);
             MainWindow ventana;
             return 0;
         }
         if (nombre == QLatin1String("loginSinSesion")) {
-            responderLogin(Respuesta::Iniciar);
+            responderLogin(RespuestaLogin::Iniciar);
             MainWindow ventana;
             return 0;
         }
         if (nombre == QLatin1String("menuSalir")) {
-            responderLogin(Respuesta::Iniciar);
+            responderLogin(RespuestaLogin::Iniciar);
             MainWindow ventana;
             ventana.show();
             QTimer::singleShot(0, [&] { ventana.findChild<QAction *>("action_Salir")->trigger(); });
             return QApplication::exec() == 0 ? 0 : 5;
         }
         if (nombre == QLatin1String("cerrarVentana")) {
-            responderLogin(Respuesta::Iniciar);
+            responderLogin(RespuestaLogin::Iniciar);
             auto *ventana = new MainWindow;
             ventana->show();
             QTimer::singleShot(0, ventana, &QWidget::close);

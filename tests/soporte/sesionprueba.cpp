@@ -1,0 +1,29 @@
+#include "tests/soporte/sesionprueba.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTimer>
+
+const QByteArray respuestaLoginAdmin = "1\nAdministrador\nX\nroot\nroot\n01\nSB1\n1,2\n";
+
+void responderLogin(RespuestaLogin respuesta)
+{
+    auto *sondeo = new QTimer;
+    QObject::connect(sondeo, &QTimer::timeout, [sondeo, respuesta] {
+        QWidget *login = QApplication::activeModalWidget();
+        if (!login || !login->inherits("iniciar_sesion"))
+            return;
+        sondeo->stop();
+        sondeo->deleteLater();
+        login->findChild<QLineEdit *>("lineEdit_usuario")->setText("admin");
+        login->findChild<QLineEdit *>("lineEdit_clave")->setText("tornavo1");
+        if (respuesta == RespuestaLogin::Iniciar)
+            login->findChild<QPushButton *>("pushButton_iniciar")->click();
+        else if (respuesta == RespuestaLogin::Salir)
+            login->findChild<QPushButton *>("pushButton_salir")->click();
+        else
+            login->close();
+    });
+    sondeo->start(10);
+}
