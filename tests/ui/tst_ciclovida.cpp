@@ -123,7 +123,8 @@ class TstCicloVida : public QObject {
     // The parent looks at the script's processes before the child takes its way out.
     static void esperarAdelante()
     {
-        QTest::qWaitFor([] { return QFile::exists("adelante"); }, 30000);
+        if (!QTest::qWaitFor([] { return QFile::exists("adelante"); }, 30000))
+            std::fprintf(stderr, "sin respuesta del proceso padre\n");
     }
 
 public:
