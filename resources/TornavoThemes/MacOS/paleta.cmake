@@ -8,7 +8,7 @@ set(texto                           "#1d1d1f")
 set(seleccion                       "#0a64d6")
 set(texto_seleccion                 "#ffffff")
 set(borde                           "#c6c6c9")
-set(texto_inactivo                  "#a1a1a6")
+set(texto_inactivo                  "#636367")
 set(fondo_ayuda                     "#fdfdfd")
 set(texto_ayuda                     "#1d1d1f")
 set(borde_ayuda                     "#c6c6c9")
@@ -53,13 +53,13 @@ QPushButton {
 }
 
 QPushButton:default {
-    background-color: qlineargradient(x1: 0, y1: 0, x2: 0, y2: 1, stop: 0 #4aa3ff, stop: 1 #0a6fe8);
+    background-color: qlineargradient(x1: 0, y1: 0, x2: 0, y2: 1, stop: 0 #1a6fdc, stop: 1 #0a5fc9);
     color: #ffffff;
     border: 1px solid #0a5fc9;
 }
 
 QPushButton:default:hover {
-    background-color: qlineargradient(x1: 0, y1: 0, x2: 0, y2: 1, stop: 0 #5cadff, stop: 1 #1a7af0);
+    background-color: qlineargradient(x1: 0, y1: 0, x2: 0, y2: 1, stop: 0 #1f74e0, stop: 1 #0a64d6);
 }
 
 QPushButton:default:pressed {
@@ -68,9 +68,9 @@ QPushButton:default:pressed {
 }
 
 QPushButton:default:disabled {
-    background-color: #f2f2f2;
-    color: #a1a1a6;
-    border: 1px solid #d9d9dc;
+    background-color: @fondo_inactivo@;
+    color: @texto_inactivo@;
+    border: 1px solid @borde_inactivo@;
 }
 
 QTabWidget::tab-bar {
