@@ -5,8 +5,6 @@
 #include <QPushButton>
 #include <QTimer>
 
-const QByteArray respuestaLoginAdmin = "1\nAdministrador\nX\nroot\nroot\n01\nSB1\n1,2\n";
-
 void responderLogin(RespuestaLogin respuesta)
 {
     auto *sondeo = new QTimer;

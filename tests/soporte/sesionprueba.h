@@ -3,7 +3,7 @@
 #include <QByteArray>
 
 // A login reply of a root user ("Administrador", every option and game).
-extern const QByteArray respuestaLoginAdmin;
+inline constexpr char respuestaLoginAdmin[] = "1\nAdministrador\nX\nroot\nroot\n01\nSB1\n1,2\n";
 
 // Waits for the login dialog that the main window runs and answers it: types a user and
 // password and presses "Iniciar sesión" (or "Salir", or closes it by its title bar).

@@ -53,6 +53,12 @@ bool procesoVivo(qint64 pid)
     return p >= 0 && s.size() > p + 2 && s.at(p + 2) != 'Z';
 }
 
+// The script, its child and its grandchild have all noted their pids.
+bool tresAnotados()
+{
+    return QFile::exists("padre.pid") && QFile::exists("hijo.pid") && QFile::exists("nieto.pid");
+}
+
 qint64 pidEn(const QString &archivo)
 {
     QFile f(archivo);
@@ -136,7 +142,7 @@ public:
             // A script of the console's own kind is running when the login's "Salir" is hit.
             ProcesoScript proceso;
             proceso.start(QStringLiteral("python"), {QStringLiteral("hijos.py")});
-            if (!QTest::qWaitFor([] { return QFile::exists("nieto.pid"); }, 20000))
+            if (!QTest::qWaitFor(tresAnotados, 20000))
                 return 3;
             std::printf("LISTO\n");
             std::fflush(stdout);
@@ -146,8 +152,7 @@ public:
             return 4;
         }
         Consola consola;
-        if (!consola.autoPremiacionCorriendo() ||
-            !QTest::qWaitFor([] { return QFile::exists("nieto.pid"); }, 20000))
+        if (!consola.autoPremiacionCorriendo() || !QTest::qWaitFor(tresAnotados, 20000))
             return 3;
         std::printf("LISTO\n");
         std::fflush(stdout);
@@ -230,7 +235,7 @@ private slots:
         Consola consola;
         auto *d = consola.autoPremiacionCorriendo();
         QVERIFY(d);
-        QVERIFY(QTest::qWaitFor([] { return QFile::exists("nieto.pid"); }, 20000));
+        QVERIFY(QTest::qWaitFor(tresAnotados, 20000));
         QVERIFY(cerrarYEsperar(d, "cerrar"));
         for (const char *archivo : {"padre.pid", "hijo.pid", "nieto.pid"})
             QVERIFY2(QTest::qWaitFor([&] { return !procesoVivo(pidEn(archivo)); }, 10000), archivo);
