@@ -17,8 +17,12 @@
 #include <QPushButton>
 #include <QTableWidget>
 #include <QTextEdit>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QThread>
 #include <QTimer>
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <sys/stat.h>
@@ -97,6 +101,18 @@ QByteArray scriptConHijo(bool colgarse)
         s += "time.sleep(600)\n";
     return s;
 }
+
+// The fixture server with the demo clock and draw list, and a working directory pointing at it.
+struct Escena {
+    ServidorPrueba srv;
+    DirectorioTrabajo dir;
+    explicit Escena(const QByteArray &sorteos = sorteosDemo)
+    {
+        dir.apuntarA(srv.direccion());
+        srv.responder("datetime.php", relojDemo);
+        srv.responder("cargarsorteos.php", sorteos);
+    }
+};
 
 } // namespace
 
@@ -846,6 +862,109 @@ private slots:
         QVERIFY(recargar(*d));
         QTest::qWait(200);
         QCOMPARE(srv.peticionesA("autopremiar.php").size(), 1);
+    }
+
+    void guionFueraDeSuCarpetaNoSeUsa()
+    {
+        // A script name from the server that leaves the working folder is refused: nothing of
+        // it is started, read or deleted, and the log says so.
+        Escena e("1,Lotto Activo,10,10:00 AM,10:00:00,1/30,X,../victima/importante\n"
+                 "4,Ruleta,40,1:00 PM,13:00:00,1/36,X,ruleta\n");
+        e.dir.escribir("victima/importante.txt", "datos que no son de nadie\n");
+        e.dir.escribir("victima/importante.py", "open('victima-corrida', 'w').write('x')\n");
+        e.dir.escribir("trabajo/Tornavo.svr", e.srv.direccion().toLatin1() + "\n");
+        e.dir.escribir("trabajo/ruleta.py", "");
+        QDir::setCurrent(e.dir.ruta() + "/trabajo");
+        auto d = abrir();
+        QCOMPARE(d->listaScripts, QStringList{"ruleta.py"});
+        QVERIFY(registro(*d).contains("Script no permitido: ../victima/importante"));
+        e.dir.escribir("victima/importante.txt", "datos que no son de nadie\n");
+        d->pyExe(); // ruleta.py
+        d->pyExe();
+        QVERIFY(esperar([&] { return !d->proceso->abierto(); }));
+        d->calcular();
+        QTest::qWait(300);
+        QVERIFY(QFile::exists(e.dir.ruta() + "/victima/importante.txt"));
+        QVERIFY(!QFile::exists(e.dir.ruta() + "/trabajo/victima-corrida"));
+        QVERIFY(!QFile::exists(e.dir.ruta() + "/victima/victima-corrida"));
+        QVERIFY(e.srv.peticionesA("autopremiar.php").isEmpty());
+    }
+
+    void lineaQueCambiariaLaPeticionSeSalta()
+    {
+        Escena e;
+        e.srv.responder("cargarresultados.php", "\n");
+        auto d = abrir();
+        QVERIFY(recargar(*d));
+        e.dir.escribir("lotto.txt", hoy().toUtf8() + "\n1,10,25&a=99\n1,10 ,25\n1#,10,25\n"
+                                                     "1,10,2\x01"
+                                                     "5\n1,11,07\n");
+        d->calcular();
+        QVERIFY(esperar([&] { return e.srv.peticionesA("autopremiar.php").size() == 1; }));
+        QTest::qWait(200);
+        QCOMPARE(e.srv.peticionesA("autopremiar.php"),
+                 QStringList{"/Tornavo/TornavoSU/autopremiar.php?&j=1&s=11&a=07"});
+        const QStringList log = registro(*d);
+        QVERIFY2(log.contains("Línea ignorada en lotto.txt: 1,10,25&a=99"),
+                 qPrintable(log.join('|')));
+        QVERIFY(log.contains("Línea ignorada en lotto.txt: 1,10 ,25"));
+        QVERIFY(log.contains("Línea ignorada en lotto.txt: 1#,10,25"));
+        QVERIFY(log.contains("Línea ignorada en lotto.txt: 1,10,2?5"));
+    }
+
+    void errorHttpEsFaltaDeRespuesta()
+    {
+        // Error pages with a body on every request of the dialog.
+        Escena e;
+        for (const char *endpoint :
+             {"datetime.php", "cargarsorteos.php", "cargarresultados.php", "autopremiar.php"}) {
+            e.srv.responder(endpoint, "<html><body>500 Internal Server Error</body></html>\n");
+            e.srv.estado(endpoint, 500);
+        }
+        CapturaMensajes captura;
+        auto d = abrir(false);
+        QVERIFY(captura.esperar(2));
+        QStringList textos;
+        for (const MensajeVisto &m : captura.vistos())
+            textos << m.texto;
+        textos.sort();
+        QCOMPARE(textos, (QStringList{"No hubo respuesta del servidor\nNo se pudieron cargar los "
+                                      "Sorteos",
+                                      "No se pudo sincronizar el reloj con el Servidor"}));
+        QVERIFY(!d->esperaActiva);
+        QCOMPARE(hijo<QTableWidget>(*d, "tableWidget_juegos")->rowCount(), 0);
+        QVERIFY(recargar(*d));
+        QVERIFY(!hijo<QTableWidget>(*d, "tableWidget_resultados")->isEnabled());
+        QCOMPARE(d->desfaseReloj, 0);
+    }
+
+    void resultadosViejosNoPisanLosNuevos()
+    {
+        // The first results request is answered late with what was true then; the second, sent
+        // after an award, at once. The late one must not bring the awarded draw back.
+        Escena e;
+        std::atomic<int> pedidas{0};
+        e.srv.responderCon("cargarresultados.php", [&pedidas](const QString &) -> QByteArray {
+            if (++pedidas == 1) {
+                QThread::msleep(800);
+                return "\n";
+            }
+            return "1,Lotto Activo,,10,10:00 AM,25,Gallina,10:05:09\n";
+        });
+        auto d = abrir();
+        int atendidas = 0;
+        for (QNetworkAccessManager *m : d->findChildren<QNetworkAccessManager *>())
+            connect(m, &QNetworkAccessManager::finished, d.get(), [&atendidas](QNetworkReply *r) {
+                if (r->url().path().endsWith("cargarresultados.php"))
+                    ++atendidas;
+            });
+        d->cargarResultados();
+        QVERIFY(esperar([&] { return pedidas.load() == 1; }));
+        d->cargarResultados();
+        QVERIFY(esperar([&] { return atendidas == 2; }));
+        QCOMPARE(columna(hijo<QTableWidget>(*d, "tableWidget_resultados"), 0),
+                 QStringList{"Lotto Activo 10:00 AM"});
+        QCOMPARE(d->listasSorteo.sorteoResultado.value(0), QStringLiteral("25"));
     }
 };
 

@@ -3,6 +3,8 @@
 #include "tests/soporte/entornoprueba.h"
 #include "tests/soporte/prueba_main.h"
 
+#include <QTime>
+
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -279,6 +281,104 @@ private slots:
             {"2026-11-22", "1,23,5", "1,24,5"}, "2026-11-22", resultados, sorteos, etiqueta);
         QCOMPARE(p.size(), 1);
         QCOMPARE(p.at(0).sorteo, QStringLiteral("24"));
+    }
+
+    void nombresDeScript_data()
+    {
+        QTest::addColumn<QString>("nombre");
+        QTest::addColumn<bool>("valido");
+        QTest::newRow("simple") << "lotto" << true;
+        QTest::newRow("con signos") << "lotto_2-b.v1" << true;
+        QTest::newRow("acentos") << "ruleta_año" << true;
+        QTest::newRow("vacío") << "" << false;
+        QTest::newRow("oculto") << ".oculto" << false;
+        QTest::newRow("opción") << "-c" << false;
+        QTest::newRow("subir") << "../victima/importante" << false;
+        QTest::newRow("carpeta") << "a/b" << false;
+        QTest::newRow("absoluto") << "/etc/passwd" << false;
+        QTest::newRow("barra inversa") << "a\\b" << false;
+        QTest::newRow("espacio") << "a b" << false;
+        QTest::newRow("punto y coma") << "a;b" << false;
+        QTest::newRow("control") << QString("a\x01"
+                                            "b")
+                                 << false;
+    }
+
+    void nombresDeScript()
+    {
+        QFETCH(QString, nombre);
+        QFETCH(bool, valido);
+        QCOMPARE(nombreScriptValido(nombre), valido);
+    }
+
+    void guionInvalidoNoSeListaNiSeBorra()
+    {
+        QStringList nombres, scripts, rechazados;
+        ListasJuego juegos;
+        ListasSorteo sorteos;
+        agregarSorteos("1,Lotto,10,10:00 AM,10:00:00,1/30,X,../victima/importante\n"
+                       "2,Ruleta,20,10:00 AM,10:00:00,1/30,X,ruleta\n"
+                       "3,Oculto,30,10:00 AM,10:00:00,1/30,X,.x\n",
+                       nombres, juegos, sorteos, scripts, &rechazados);
+        QCOMPARE(scripts, QStringList{"ruleta.py"});
+        QCOMPARE(rechazados, (QStringList{"../victima/importante", ".x"}));
+        QCOMPARE(archivosResultado(juegos), QStringList{"ruleta.txt"});
+        QCOMPARE(scriptsEnHorario(juegos, QTime(12, 0)), QStringList{"ruleta.py"});
+        // The draws themselves are still listed.
+        QCOMPARE(sorteos.cantidad(), 3);
+    }
+
+    void valoresQueCambianLaPeticion()
+    {
+        ListasResultado resultados;
+        ListasSorteo sorteos;
+        QString etiqueta;
+        QStringList rechazadas;
+        const QStringList lineas = {"2026-11-22", "1,10,25&a=99", "1,10#,25",
+                                    "1?,10,25",   "1,10,2=5",     "1,1 0,25",
+                                    "1,10,25\t",  "1,10,2\x7f",   "1,11,07"};
+        const QVector<Premiacion> p =
+            premiacionesDeArchivo(lineas, "2026-11-22", resultados, sorteos, etiqueta, &rechazadas);
+        QCOMPARE(p.size(), 1);
+        QCOMPARE(consultaPremiacion(p.at(0)), QStringLiteral("autopremiar.php?&j=1&s=11&a=07"));
+        QCOMPARE(rechazadas, lineas.mid(1, 7));
+    }
+
+    void publicadoConClavesUnidasSinSeparador()
+    {
+        // Game "1" draw "23" and game "12" draw "3" join to the same text: both count as
+        // awarded once either is.
+        ListasResultado resultados;
+        resultados.resultadoClaveJuego = QStringList{"1"};
+        resultados.resultadoClaveSorteo = QStringList{"23"};
+        ListasSorteo sorteos;
+        QString etiqueta;
+        const QVector<Premiacion> p =
+            premiacionesDeArchivo({"2026-11-22", "12,3,5", "1,2,5", "2,13,5"}, "2026-11-22",
+                                  resultados, sorteos, etiqueta);
+        QCOMPARE(p.size(), 2);
+        QCOMPARE(p.at(0).juego + "/" + p.at(0).sorteo, QStringLiteral("1/2"));
+        QCOMPARE(p.at(1).juego + "/" + p.at(1).sorteo, QStringLiteral("2/13"));
+    }
+
+    void resultadoMarcaPorJuegoYSorteoJuntos()
+    {
+        // A result names its draw by game key and draw key together: draw "10" of another game
+        // stays waiting, and every line of the same draw is marked.
+        QStringList nombres, scripts;
+        ListasJuego juegos;
+        ListasSorteo sorteos;
+        agregarSorteos("1,Lotto,10,10:00 AM,10:00:00,1/30,X,lotto\n"
+                       "2,Granja,10,10:00 AM,10:00:00,1/30,X,granja\n"
+                       "1,Lotto,11,11:00 AM,11:00:00,1/30,X,lotto\n"
+                       "1,Lotto,10,10:00 AM,10:00:00,1/30,X,lotto\n",
+                       nombres, juegos, sorteos, scripts);
+        ListasResultado resultados;
+        aplicarResultados("1,Lotto,,10,10:00 AM,25,Gallina,10:05:09\n"
+                          "1,Lotto,,10,10:00 AM,26,Vaca,10:06:00\n"
+                          "2,Granja,,11,11:00 AM,07,Perico,11:01:00\n",
+                          resultados, sorteos);
+        QCOMPARE(sorteos.sorteoResultado, (QStringList{"26", "", "", "26"}));
     }
 };
 
