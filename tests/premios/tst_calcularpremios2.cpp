@@ -10,6 +10,8 @@
 #include <QHeaderView>
 #include <QImage>
 #include <QLabel>
+#include <QMessageBox>
+#include <QTimer>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QNetworkAccessManager>
@@ -1252,6 +1254,58 @@ private slots:
         QTest::keyClick(b.sorteos(), Qt::Key_Down);
         QCOMPARE(b.estados(), QStringLiteral("1000"));
         QCOMPARE(b.calcular()->text(), QStringLiteral("Lotto Activo-11AM"));
+    }
+
+    // Presses `tecla` on the next confirmation box, after noting its default button.
+    static void teclaEnLaConfirmacion(int tecla, QString *predeterminado)
+    {
+        auto *t = new QTimer;
+        QObject::connect(t, &QTimer::timeout, [t, tecla, predeterminado] {
+            auto *caja = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+            if (!caja || !caja->isVisible())
+                return;
+            t->stop();
+            t->deleteLater();
+            *predeterminado = caja->defaultButton() ? caja->defaultButton()->text() : QString();
+            QTest::keyClick(caja, Qt::Key(tecla));
+        });
+        t->start(10);
+    }
+
+    void teclaEnConfirmacionNoEnvia_data()
+    {
+        QTest::addColumn<bool>("publicar");
+        QTest::addColumn<int>("tecla");
+        QTest::newRow("Publicar, Return") << true << int(Qt::Key_Return);
+        QTest::newRow("Publicar, Escape") << true << int(Qt::Key_Escape);
+        QTest::newRow("Deshacer, Return") << false << int(Qt::Key_Return);
+        QTest::newRow("Deshacer, Escape") << false << int(Qt::Key_Escape);
+    }
+
+    void teclaEnConfirmacionNoEnvia()
+    {
+        // A stray Return (or Escape) on a confirmation is "Cancelar": nothing is sent.
+        QFETCH(bool, publicar);
+        QFETCH(int, tecla);
+        Banco b;
+        b.srv.responder("sorteospremiar3.php", sorteosFixture);
+        b.srv.responder("resultadosJuego.php", publicar ? "\n" : "10,05\n");
+        QVERIFY(b.abrir());
+        if (publicar) {
+            QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
+        } else {
+            QVERIFY(b.clicJuego(0));
+            b.clicSorteo(0);
+        }
+        QString predeterminado;
+        teclaEnLaConfirmacion(tecla, &predeterminado);
+        QTest::mouseClick(publicar ? b.bPublicar() : b.bDeshacer(), Qt::LeftButton);
+        QTRY_COMPARE(predeterminado, QStringLiteral("Cancelar"));
+        QTest::qWait(300);
+        QVERIFY(b.srv.peticionesA("publicarPremios2.php").isEmpty());
+        QVERIFY(b.srv.peticionesA("deshacerpremios.php").isEmpty());
+        QVERIFY(QApplication::activeModalWidget() == nullptr);
+        QCOMPARE(b.estados(), publicar ? QStringLiteral("1101") : QStringLiteral("0010"));
     }
 };
 
