@@ -1,3 +1,4 @@
+#include "app/idioma.h"
 #include "ui/mainwindow.h"
 
 #include <QApplication>
@@ -5,6 +6,7 @@
 int main(int argc, char *argv[])
 {
     QApplication aplicacion(argc, argv);
+    prepararIdioma(aplicacion);
     auto *ventana = new MainWindow;
     ventana->show();
     const int codigo = aplicacion.exec();

@@ -1,5 +1,7 @@
 #include "reportes/calculoreportes.h"
 
+#include "app/formato.h"
+
 #include <cmath>
 
 namespace {
@@ -78,7 +80,7 @@ ReporteVentasBancas calcularVentasBancas(const QString &respuesta)
 
 QString textoHoraVenta(const QTime &hora)
 {
-    return hora.isValid() ? hora.toString(QStringLiteral("h:mm ap")) : QString();
+    return hora.isValid() ? textoConsola(hora, QStringLiteral("h:mm ap")) : QString();
 }
 
 // ---------------------------------------------------------------------------------------------

@@ -100,10 +100,8 @@ void reporteVentasX::on_pushButton_clicked()
 {
     red::get(m_red, QStringLiteral("reportex.php?bx=") + SesionGlobal::datoLinea7 +
                         QStringLiteral("&j=") + SesionGlobal::listaLinea8.join(QLatin1Char(',')) +
-                        QStringLiteral("&d=") +
-                        ui->dateEdit_desde->date().toString(QStringLiteral("yyyy-MM-dd")) +
-                        QStringLiteral("&h=") +
-                        ui->dateEdit_hasta->date().toString(QStringLiteral("yyyy-MM-dd")));
+                        QStringLiteral("&d=") + fechaServidor(ui->dateEdit_desde->date()) +
+                        QStringLiteral("&h=") + fechaServidor(ui->dateEdit_hasta->date()));
 }
 
 void reporteVentasX::recibirReporte(QNetworkReply *respuesta)

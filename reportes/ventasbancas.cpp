@@ -66,10 +66,9 @@ void VentasBancas::on_pushButton_actualizar_clicked()
 {
     ui->pushButton_actualizar->setEnabled(false);
     // The range goes as it stands, even when "desde" is after "hasta".
-    red::get(
-        m_red, QStringLiteral("ventabancas2.php"),
-        {{QStringLiteral("d"), ui->dateEdit_desde->date().toString(QStringLiteral("yyyy-MM-dd"))},
-         {QStringLiteral("h"), ui->dateEdit_hasta->date().toString(QStringLiteral("yyyy-MM-dd"))}});
+    red::get(m_red, QStringLiteral("ventabancas2.php"),
+             {{QStringLiteral("d"), fechaServidor(ui->dateEdit_desde->date())},
+              {QStringLiteral("h"), fechaServidor(ui->dateEdit_hasta->date())}});
 }
 
 void VentasBancas::recibirVentas(QNetworkReply *respuesta)
@@ -119,5 +118,5 @@ void VentasBancas::recibirVentas(QNetworkReply *respuesta)
 
     ui->pushButton_actualizar->setEnabled(true);
     setWindowTitle(m_titulo + QStringLiteral(" - ") +
-                   QTime::currentTime().toString(QStringLiteral("h:mm:ss ap")));
+                   textoConsola(QTime::currentTime(), QStringLiteral("h:mm:ss ap")));
 }

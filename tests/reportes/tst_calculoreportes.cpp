@@ -46,8 +46,8 @@ private slots:
         QCOMPARE(a.otroMonto, 300.0);
         QCOMPARE(a.comision, 150.05);
         QCOMPARE(a.horaUltimaVenta, QTime(14, 5, 9));
-        QCOMPARE(textoHoraVenta(a.horaUltimaVenta), QStringLiteral("2:05 pm"));
-        QCOMPARE(textoHoraVenta(QTime(9, 30)), QStringLiteral("9:30 am"));
+        QCOMPARE(textoHoraVenta(a.horaUltimaVenta), QStringLiteral("2:05 p. m."));
+        QCOMPARE(textoHoraVenta(QTime(9, 30)), QStringLiteral("9:30 a. m."));
         QCOMPARE(textoHoraVenta(QTime()), QString());
         QCOMPARE(r.bancas.size(), 1);
         QCOMPARE(r.bancas.at(0).clave, QStringLiteral("7"));
