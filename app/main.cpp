@@ -1,4 +1,5 @@
 #include "app/idioma.h"
+#include "app/pantalla.h"
 #include "ui/mainwindow.h"
 
 #include <QApplication>
@@ -7,6 +8,7 @@ int main(int argc, char *argv[])
 {
     QApplication aplicacion(argc, argv);
     prepararIdioma(aplicacion);
+    ajustarVentanasAPantalla(aplicacion);
     auto *ventana = new MainWindow;
     ventana->show();
     const int codigo = aplicacion.exec();

@@ -1,6 +1,7 @@
 #include "reportes/reporteventasx.h"
 #include "ui_reporteVentasX.h"
 
+#include "app/celdas.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/red.h"
@@ -22,6 +23,8 @@ const QStringList kColumnasCifras = {QStringLiteral("Venta Bruta"), QStringLiter
 void prepararTabla(QTableWidget *tabla, const QString &primera)
 {
     tabla->setColumnCount(1 + kColumnasCifras.size());
+    // An amount cut by its column shows whole in the cell's tooltip.
+    mostrarTextoCompletoEnTooltip(tabla);
     tabla->setHorizontalHeaderLabels(QStringList{primera} + kColumnasCifras);
     tabla->setColumnWidth(0, 180);
     for (int i = 1; i <= kColumnasCifras.size(); ++i)

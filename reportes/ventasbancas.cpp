@@ -1,6 +1,7 @@
 #include "reportes/ventasbancas.h"
 #include "ui_VentasBancas.h"
 
+#include "app/celdas.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/red.h"
@@ -25,6 +26,8 @@ QTableWidgetItem *celdaNumero(const QString &texto)
 void prepararTabla(QTableWidget *tabla, const QStringList &columnas, const QList<int> &anchos)
 {
     tabla->setColumnCount(columnas.size());
+    // An amount cut by its column shows whole in the cell's tooltip.
+    mostrarTextoCompletoEnTooltip(tabla);
     tabla->setHorizontalHeaderLabels(columnas);
     for (int i = 0; i < anchos.size(); ++i)
         if (anchos.at(i) > 0)
@@ -47,10 +50,11 @@ VentasBancas::VentasBancas(QWidget *parent)
                   {QStringLiteral("Banca"), QStringLiteral("Cantidad\nAgencias"),
                    QStringLiteral("Venta Bruta"), QStringLiteral("Comisión")},
                   {150, 100, 150, 150});
-    // The agency table gets the room its five columns need.
+    // The agency table gets most of the room its five columns need; on a narrow screen both
+    // tables scroll sideways rather than the dialog growing past the screen.
     ui->splitter->setStretchFactor(0, 3);
     ui->splitter->setStretchFactor(1, 2);
-    ui->splitter->setSizes({800, 600});
+    ui->splitter->setSizes({770, 570});
     connect(m_red, &QNetworkAccessManager::finished, this, &VentasBancas::recibirVentas);
     // The machine's own date, not the server's.
     ui->dateEdit_desde->setDate(QDate::currentDate());
