@@ -128,12 +128,17 @@ private slots:
                  (QStringList{"130", "220", "150", "150"}));
         QCOMPARE(anchos(ventas->findChild<QTableWidget *>("tableWidget_bancas")),
                  (QStringList{"150", "100", "150", "150"}));
+        // Cut amounts of both reports show whole in their tooltips.
+        for (auto *tabla : ventas->findChildren<QTableWidget *>())
+            QVERIFY(qobject_cast<DelegadoTextoCompleto *>(tabla->itemDelegate()));
 
         comprobar(new reporteVentasX(&padre), "reporteVentasX");
         auto *reporte = padre.findChild<reporteVentasX *>();
         const QStringList anchosReporte = {"180", "110", "110", "110", "110", "110", "110", "110"};
         QCOMPARE(anchos(reporte->findChild<QTableWidget *>("tableWidget_ventas")), anchosReporte);
         QCOMPARE(anchos(reporte->findChild<QTableWidget *>("tableWidget_detalle")), anchosReporte);
+        for (auto *tabla : reporte->findChildren<QTableWidget *>())
+            QVERIFY(qobject_cast<DelegadoTextoCompleto *>(tabla->itemDelegate()));
 
         comprobar(new Monitor2(&padre), "Monitor2");
         comprobar(new calcularpremios2(&padre), "calcularpremios2");
