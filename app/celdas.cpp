@@ -47,3 +47,51 @@ void mostrarTextoCompletoEnTooltip(QAbstractItemView *vista)
     if (vista)
         vista->setItemDelegate(new DelegadoTextoCompleto(vista));
 }
+
+namespace {
+
+// Answers tooltip requests over the cells of item views whose delegate does not: the option
+// a view would paint the cell with is rebuilt from the view (font, elide mode, rectangle).
+class TooltipsDeCeldas : public QObject {
+public:
+    using QObject::QObject;
+
+    bool eventFilter(QObject *objeto, QEvent *evento) override
+    {
+        if (evento->type() != QEvent::ToolTip || !objeto->isWidgetType())
+            return false;
+        auto *vista = qobject_cast<QAbstractItemView *>(objeto->parent());
+        if (!vista || vista->viewport() != objeto)
+            return false;
+        const auto *ayuda = static_cast<QHelpEvent *>(evento);
+        const QModelIndex indice = vista->indexAt(ayuda->pos());
+        if (!indice.isValid() || indice.data(Qt::ToolTipRole).isValid() ||
+            qobject_cast<DelegadoTextoCompleto *>(vista->itemDelegate(indice)))
+            return false;
+
+        QStyleOptionViewItem opcion;
+        opcion.initFrom(vista->viewport());
+        opcion.widget = vista;
+        opcion.rect = vista->visualRect(indice);
+        opcion.font = vista->font();
+        opcion.fontMetrics = QFontMetrics(opcion.font);
+        opcion.textElideMode = vista->textElideMode();
+        opcion.decorationSize = vista->iconSize().isValid()
+                                    ? vista->iconSize()
+                                    : QSize(vista->style()->pixelMetric(QStyle::PM_SmallIconSize),
+                                            vista->style()->pixelMetric(QStyle::PM_SmallIconSize));
+        const DelegadoTextoCompleto medidor;
+        if (!medidor.textoCortado(opcion, indice))
+            return false;
+        QToolTip::showText(ayuda->globalPos(), indice.data(Qt::DisplayRole).toString(), vista,
+                           opcion.rect);
+        return true;
+    }
+};
+
+} // namespace
+
+void mostrarTextosCortadosEnTooltips(QApplication &aplicacion)
+{
+    aplicacion.installEventFilter(new TooltipsDeCeldas(&aplicacion));
+}

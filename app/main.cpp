@@ -1,3 +1,4 @@
+#include "app/celdas.h"
 #include "app/idioma.h"
 #include "app/pantalla.h"
 #include "ui/mainwindow.h"
@@ -9,6 +10,7 @@ int main(int argc, char *argv[])
     QApplication aplicacion(argc, argv);
     prepararIdioma(aplicacion);
     ajustarVentanasAPantalla(aplicacion);
+    mostrarTextosCortadosEnTooltips(aplicacion);
     auto *ventana = new MainWindow;
     ventana->show();
     const int codigo = aplicacion.exec();

@@ -229,6 +229,38 @@ private slots:
         QCOMPARE(tooltip(0, 1), QString());
         QToolTip::hideText();
     }
+
+    // Installed at start, the same holds for every table, whatever its delegate.
+    void textoCortadoEnCualquierTabla()
+    {
+        mostrarTextosCortadosEnTooltips(*qApp);
+        QTableWidget tabla(2, 2);
+        QVERIFY(!qobject_cast<DelegadoTextoCompleto *>(tabla.itemDelegate()));
+        tabla.setColumnWidth(0, 60);
+        tabla.setColumnWidth(1, 200);
+        tabla.setItem(0, 0, new QTableWidgetItem("7:00 a. m. 12,345,678.90"));
+        tabla.setItem(0, 1, new QTableWidgetItem("7:00 a. m."));
+        auto *propio = new QTableWidgetItem("99,999,999.99");
+        propio->setToolTip("su propio texto");
+        tabla.setItem(1, 0, propio);
+        tabla.resize(400, 200);
+        tabla.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&tabla));
+
+        const auto tooltip = [&](int f, int c) {
+            QToolTip::hideText();
+            for (int i = 0; i < 500 && QToolTip::isVisible(); ++i)
+                QTest::qWait(10);
+            const QPoint p = tabla.visualItemRect(tabla.item(f, c)).center();
+            QHelpEvent evento(QEvent::ToolTip, p, tabla.viewport()->mapToGlobal(p));
+            QApplication::sendEvent(tabla.viewport(), &evento);
+            return QToolTip::isVisible() ? QToolTip::text() : QString();
+        };
+        QCOMPARE(tooltip(0, 0), QStringLiteral("7:00 a. m. 12,345,678.90"));
+        QCOMPARE(tooltip(0, 1), QString());
+        QCOMPARE(tooltip(1, 0), QStringLiteral("su propio texto"));
+        QToolTip::hideText();
+    }
 };
 
 TORNAVO_PRUEBA_MAIN(TstVentanas)
