@@ -5,6 +5,35 @@
 #include <QFile>
 #include <cmath>
 
+QLocale localeConsola()
+{
+    return QLocale(QLocale::Spanish, QLocale::Venezuela);
+}
+
+namespace {
+
+QString conBlancosSimples(QString texto)
+{
+    return texto.replace(QChar(0x00A0), QLatin1Char(' '));
+}
+
+} // namespace
+
+QString textoConsola(const QDate &fecha, const QString &formato)
+{
+    return conBlancosSimples(localeConsola().toString(fecha, formato));
+}
+
+QString textoConsola(const QTime &hora, const QString &formato)
+{
+    return conBlancosSimples(localeConsola().toString(hora, formato));
+}
+
+QString fechaServidor(const QDate &fecha)
+{
+    return QLocale::c().toString(fecha, QStringLiteral("yyyy-MM-dd"));
+}
+
 QString formatoMonto(double monto, int decimales)
 {
     const bool negativo = monto < 0;
@@ -54,7 +83,7 @@ QString formatoReloj(const QTime &hora)
 
 QString textoReloj(const QTime &hora)
 {
-    return hora.toString(formatoReloj(hora));
+    return textoConsola(hora, formatoReloj(hora));
 }
 
 QString rutaImagenAnimal(const QString &carpeta, const QString &nombre)

@@ -1,3 +1,6 @@
+#include "app/celdas.h"
+#include "app/idioma.h"
+#include "app/pantalla.h"
 #include "ui/mainwindow.h"
 
 #include "app/salida.h"
@@ -8,6 +11,9 @@ int main(int argc, char *argv[])
 {
     instalarSenalesSalida();
     QApplication aplicacion(argc, argv);
+    prepararIdioma(aplicacion);
+    ajustarVentanasAPantalla(aplicacion);
+    mostrarTextosCortadosEnTooltips(aplicacion);
     auto *ventana = new MainWindow;
     ventana->show();
     const int codigo = aplicacion.exec();

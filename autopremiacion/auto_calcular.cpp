@@ -137,7 +137,7 @@ void auto_calcular::limpiarResultados()
 void auto_calcular::calcular()
 {
     SesionGlobal::fechaActual = QDate::currentDate();
-    const QString hoy = SesionGlobal::fechaActual.toString(QStringLiteral("yyyy-MM-dd"));
+    const QString hoy = fechaServidor(SesionGlobal::fechaActual);
     QString etiqueta; // one label for the whole run
     for (int i = 0; i < listasJuego.cantidad(); ++i) {
         if (listasJuego.juegoAuto.at(i) != marcaAutomatica ||

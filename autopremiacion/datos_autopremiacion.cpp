@@ -1,5 +1,7 @@
 #include "autopremiacion/datos_autopremiacion.h"
 
+#include "app/formato.h"
+
 #include <QFile>
 #include <QFileInfo>
 #include <QHash>
@@ -154,7 +156,7 @@ QVector<FilaResultado> aplicarResultados(const QString &texto, ListasResultado &
         fila.sorteo = c.at(1) + QLatin1Char(' ') + c.at(4);
         fila.resultado =
             c.at(2) == marcaAutomatica ? c.at(5) : c.at(5) + QLatin1Char('-') + c.at(6);
-        fila.hora = QTime::fromString(c.at(7)).toString(QStringLiteral("h:mm ap"));
+        fila.hora = textoConsola(QTime::fromString(c.at(7)), QStringLiteral("h:mm ap"));
         filas.append(fila);
 
         resultados.resultadoClaveJuego.append(c.at(0));
@@ -276,7 +278,7 @@ QString consultaPremiacion(const Premiacion &premiacion)
 
 QStringList registroPremiacion(const QTime &hora, const Premiacion &premiacion)
 {
-    return {QLatin1Char('<') + hora.toString(QStringLiteral("h:mm ap")) + QStringLiteral("> ") +
-                QStringLiteral("Premiando :"),
+    return {QLatin1Char('<') + textoConsola(hora, QStringLiteral("h:mm ap")) +
+                QStringLiteral("> ") + QStringLiteral("Premiando :"),
             premiacion.etiqueta + QStringLiteral(" -> ") + premiacion.valor};
 }

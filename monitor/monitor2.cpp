@@ -174,7 +174,7 @@ void Monitor2::respuestaAgencias(QNetworkReply *reply)
 void Monitor2::cargarResultados()
 {
     const QString ruta = QStringLiteral("monitorresultados.php?&f=") +
-                         ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd"));
+                         fechaServidor(ui->dateEdit_fecha->date());
     qDebug().noquote() << red::urlPeticion(ruta);
     red::get(m_redResultados, ruta);
 }
@@ -288,7 +288,7 @@ void Monitor2::on_pushButton_actualizar_clicked()
     cargarResultados();
     ui->pushButton_actualizar->setEnabled(false);
     red::get(m_redVentas, QStringLiteral("monitorventas.php?&f=") +
-                              ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd")) +
+                              fechaServidor(ui->dateEdit_fecha->date()) +
                               QStringLiteral("&j=") + cjuegoActual());
 }
 

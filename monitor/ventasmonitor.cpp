@@ -1,5 +1,6 @@
 #include "monitor/ventasmonitor.h"
 
+#include "app/formato.h"
 #include "monitor/listasmonitor.h"
 
 #include <QTime>
@@ -212,12 +213,12 @@ int leerHora(const char *p, int n)
 QString textoHora(int segundos)
 {
     if (segundos < 0)
-        return QTime().toString(QStringLiteral("h:mm ap"));
+        return textoConsola(QTime(), QStringLiteral("h:mm ap"));
     static std::vector<QString> cache(24 * 60);
     const int minuto = segundos / 60;
     QString &t = cache[std::size_t(minuto)];
     if (t.isNull())
-        t = QTime(minuto / 60, minuto % 60).toString(QStringLiteral("h:mm ap"));
+        t = textoConsola(QTime(minuto / 60, minuto % 60), QStringLiteral("h:mm ap"));
     return t;
 }
 

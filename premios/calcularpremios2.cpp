@@ -221,7 +221,7 @@ QString calcularpremios2::etiquetaSorteoActual() const
 
 QString calcularpremios2::fechaConsulta() const
 {
-    return ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd"));
+    return fechaServidor(ui->dateEdit_fecha->date());
 }
 
 QPixmap calcularpremios2::imagenAnimal(const QString &numero) const
@@ -398,7 +398,7 @@ void calcularpremios2::on_pushButton_publicar_clicked()
     if (!icono.isNull())
         icono = icono.scaledToHeight(altoImagenConfirmacion, Qt::SmoothTransformation);
     const QString texto = QStringLiteral("Fecha = ") +
-                          ui->dateEdit_fecha->date().toString(QStringLiteral("dddd dd-MM-yyyy")) +
+                          textoConsola(ui->dateEdit_fecha->date(), "dddd dd-MM-yyyy") +
                           QStringLiteral("\nSorteo = ") + nombreJuego + QLatin1Char(' ') +
                           etiqueta + QStringLiteral("\nResultado = ") + resultado;
     if (!confirmarAccion(this, QStringLiteral("Publicar resultado"), texto,

@@ -1,5 +1,8 @@
 #include "reportes/calculoreportes.h"
 
+#include "app/formato.h"
+
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -11,6 +14,16 @@ QString claveComision(const QString &banca, const QString &juego)
     return banca + QLatin1Char('\n') + juego;
 }
 
+// Nearest whole number, half away from zero; 0 when not finite, and bounded far beyond any real
+// amount but well inside a 64-bit integer.
+qint64 enteroCercano(double valor)
+{
+    constexpr double limite = 1e15;
+    if (!std::isfinite(valor))
+        return 0;
+    return qint64(std::clamp(std::round(valor), -limite, limite));
+}
+
 } // namespace
 
 double montoDeTexto(const QString &texto)
@@ -18,6 +31,16 @@ double montoDeTexto(const QString &texto)
     bool ok = false;
     const double valor = texto.trimmed().toDouble(&ok);
     return ok && std::isfinite(valor) ? valor : 0.0;
+}
+
+qint64 aCentavos(double monto)
+{
+    return enteroCercano(monto * 100.0);
+}
+
+double deCentavos(qint64 centavos)
+{
+    return double(centavos) / 100.0;
 }
 
 QStringList lineasDeTexto(const QString &texto)
@@ -47,9 +70,9 @@ ReporteVentasBancas calcularVentasBancas(const QString &respuesta)
         FilaAgencia a;
         a.banca = f.value(0) + QLatin1Char('-') + f.value(1);
         a.agencia = f.value(2) + QLatin1Char('-') + f.value(3);
-        a.ventaBruta = montoDeTexto(f.value(5));
-        a.otroMonto = montoDeTexto(f.value(6));
-        a.comision = montoDeTexto(f.value(7));
+        a.ventaBruta = redondearCentavos(montoDeTexto(f.value(5)));
+        a.otroMonto = redondearCentavos(montoDeTexto(f.value(6)));
+        a.comision = redondearCentavos(montoDeTexto(f.value(7)));
         a.horaUltimaVenta = QTime::fromString(f.value(8));
         r.agencias.append(a);
 
@@ -67,18 +90,18 @@ ReporteVentasBancas calcularVentasBancas(const QString &respuesta)
         } else {
             FilaBanca &b = r.bancas[it.value()];
             b.agencias += 1;
-            b.ventaBruta += a.ventaBruta;
-            b.comision += a.comision;
+            b.ventaBruta = sumarMontos(b.ventaBruta, a.ventaBruta);
+            b.comision = sumarMontos(b.comision, a.comision);
         }
-        r.totalVenta += a.ventaBruta;
-        r.totalComision += a.comision;
+        r.totalVenta = sumarMontos(r.totalVenta, a.ventaBruta);
+        r.totalComision = sumarMontos(r.totalComision, a.comision);
     }
     return r;
 }
 
 QString textoHoraVenta(const QTime &hora)
 {
-    return hora.isValid() ? hora.toString(QStringLiteral("h:mm ap")) : QString();
+    return hora.isValid() ? textoConsola(hora, QStringLiteral("h:mm ap")) : QString();
 }
 
 // ---------------------------------------------------------------------------------------------
@@ -101,10 +124,11 @@ QString seccionReporte(const QString &respuesta, int numero)
 CifrasReporte cifrasLinea(double bruta, double premios, double pComision, double pParticipacion)
 {
     CifrasReporte c;
-    c.ventaBruta = bruta;
-    c.comision = bruta * pComision / 100.0;
-    c.premios = premios;
-    c.participacion = c.utilidad() * pParticipacion / 100.0;
+    c.ventaBruta = redondearCentavos(bruta);
+    // Percent of a whole number of cents: an exact half cent rounds away from zero.
+    c.comision = deCentavos(enteroCercano(aCentavos(c.ventaBruta) * pComision / 100.0));
+    c.premios = redondearCentavos(premios);
+    c.participacion = deCentavos(enteroCercano(aCentavos(c.utilidad()) * pParticipacion / 100.0));
     return c;
 }
 
@@ -164,10 +188,10 @@ void ReporteSuperBanca::cargar(const QString &respuesta)
             bancaParticipaciones.append(c.participacion);
         } else {
             const int i = it.value();
-            bancaBrutas[i] += c.ventaBruta;
-            bancaComisiones[i] += c.comision;
-            bancaPremios[i] += c.premios;
-            bancaParticipaciones[i] += c.participacion;
+            bancaBrutas[i] = sumarMontos(bancaBrutas[i], c.ventaBruta);
+            bancaComisiones[i] = sumarMontos(bancaComisiones[i], c.comision);
+            bancaPremios[i] = sumarMontos(bancaPremios[i], c.premios);
+            bancaParticipaciones[i] = sumarMontos(bancaParticipaciones[i], c.participacion);
         }
     }
 }

@@ -15,6 +15,25 @@
 // finite number) counts as 0.
 double montoDeTexto(const QString &texto);
 
+// Money is exact to the cent: every amount of the reports is kept rounded to cents, and sums and
+// differences are worked in whole cents, so that rows add up to their totals and no
+// floating-point residue turns a break-even line into a red "-0.00".
+qint64 aCentavos(double monto); // nearest whole cent (half away from zero); 0 when not finite
+double deCentavos(qint64 centavos);
+inline double redondearCentavos(double monto)
+{
+    return deCentavos(aCentavos(monto));
+}
+// a + b and a - b, each exact to the cent.
+inline double sumarMontos(double a, double b)
+{
+    return deCentavos(aCentavos(a) + aCentavos(b));
+}
+inline double restarMontos(double a, double b)
+{
+    return deCentavos(aCentavos(a) - aCentavos(b));
+}
+
 // Lines of a reply: split at "\n", a trailing "\r" dropped, empty lines skipped.
 QStringList lineasDeTexto(const QString &texto);
 
@@ -59,29 +78,30 @@ QString textoHoraVenta(const QTime &hora);
 // first and the second, after the second. A missing section is empty.
 QString seccionReporte(const QString &respuesta, int numero);
 
-// The seven figures of one row of the report. Net, utility and balance follow from the other
-// four, so that a row and a sum of rows are computed the same way.
+// The seven figures of one row of the report, each exact to the cent. Net, utility and balance
+// follow from the other four, so that a row and a sum of rows are computed the same way.
 struct CifrasReporte {
     double ventaBruta = 0.0;
     double comision = 0.0;
     double premios = 0.0;
     double participacion = 0.0;
 
-    double ventaNeta() const { return ventaBruta - comision; }
-    double utilidad() const { return ventaNeta() - premios; }
-    double saldo() const { return utilidad() - participacion; }
+    double ventaNeta() const { return restarMontos(ventaBruta, comision); }
+    double utilidad() const { return restarMontos(ventaNeta(), premios); }
+    double saldo() const { return restarMontos(utilidad(), participacion); }
 
     void sumar(const CifrasReporte &otra)
     {
-        ventaBruta += otra.ventaBruta;
-        comision += otra.comision;
-        premios += otra.premios;
-        participacion += otra.participacion;
+        ventaBruta = sumarMontos(ventaBruta, otra.ventaBruta);
+        comision = sumarMontos(comision, otra.comision);
+        premios = sumarMontos(premios, otra.premios);
+        participacion = sumarMontos(participacion, otra.participacion);
     }
 };
 
 // Figures of one sale line of gross `bruta` and prizes `premios`, with commission percent
-// `pComision` and participation percent `pParticipacion`.
+// `pComision` and participation percent `pParticipacion`; commission and participation are
+// rounded to the cent.
 CifrasReporte cifrasLinea(double bruta, double premios, double pComision, double pParticipacion);
 
 class ReporteSuperBanca {

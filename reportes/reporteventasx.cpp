@@ -1,6 +1,7 @@
 #include "reportes/reporteventasx.h"
 #include "ui_reporteVentasX.h"
 
+#include "app/celdas.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/red.h"
@@ -22,6 +23,8 @@ const QStringList kColumnasCifras = {QStringLiteral("Venta Bruta"), QStringLiter
 void prepararTabla(QTableWidget *tabla, const QString &primera)
 {
     tabla->setColumnCount(1 + kColumnasCifras.size());
+    // An amount cut by its column shows whole in the cell's tooltip.
+    mostrarTextoCompletoEnTooltip(tabla);
     tabla->setHorizontalHeaderLabels(QStringList{primera} + kColumnasCifras);
     tabla->setColumnWidth(0, 180);
     for (int i = 1; i <= kColumnasCifras.size(); ++i)
@@ -100,10 +103,8 @@ void reporteVentasX::on_pushButton_clicked()
 {
     red::get(m_red, QStringLiteral("reportex.php?bx=") + SesionGlobal::datoLinea7 +
                         QStringLiteral("&j=") + SesionGlobal::listaLinea8.join(QLatin1Char(',')) +
-                        QStringLiteral("&d=") +
-                        ui->dateEdit_desde->date().toString(QStringLiteral("yyyy-MM-dd")) +
-                        QStringLiteral("&h=") +
-                        ui->dateEdit_hasta->date().toString(QStringLiteral("yyyy-MM-dd")));
+                        QStringLiteral("&d=") + fechaServidor(ui->dateEdit_desde->date()) +
+                        QStringLiteral("&h=") + fechaServidor(ui->dateEdit_hasta->date()));
 }
 
 void reporteVentasX::recibirReporte(QNetworkReply *respuesta)

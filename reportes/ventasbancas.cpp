@@ -1,6 +1,7 @@
 #include "reportes/ventasbancas.h"
 #include "ui_VentasBancas.h"
 
+#include "app/celdas.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/red.h"
@@ -25,6 +26,8 @@ QTableWidgetItem *celdaNumero(const QString &texto)
 void prepararTabla(QTableWidget *tabla, const QStringList &columnas, const QList<int> &anchos)
 {
     tabla->setColumnCount(columnas.size());
+    // An amount cut by its column shows whole in the cell's tooltip.
+    mostrarTextoCompletoEnTooltip(tabla);
     tabla->setHorizontalHeaderLabels(columnas);
     for (int i = 0; i < anchos.size(); ++i)
         if (anchos.at(i) > 0)
@@ -47,10 +50,11 @@ VentasBancas::VentasBancas(QWidget *parent)
                   {QStringLiteral("Banca"), QStringLiteral("Cantidad\nAgencias"),
                    QStringLiteral("Venta Bruta"), QStringLiteral("Comisión")},
                   {150, 100, 150, 150});
-    // The agency table gets the room its five columns need.
+    // The banca table gets the room its four columns need and the agency table the rest: on a
+    // laptop screen the agency table scrolls sideways rather than the dialog growing past it.
     ui->splitter->setStretchFactor(0, 3);
     ui->splitter->setStretchFactor(1, 2);
-    ui->splitter->setSizes({800, 600});
+    ui->splitter->setSizes({730, 610});
     connect(m_red, &QNetworkAccessManager::finished, this, &VentasBancas::recibirVentas);
     // The machine's own date, not the server's.
     ui->dateEdit_desde->setDate(QDate::currentDate());
@@ -66,10 +70,9 @@ void VentasBancas::on_pushButton_actualizar_clicked()
 {
     ui->pushButton_actualizar->setEnabled(false);
     // The range goes as it stands, even when "desde" is after "hasta".
-    red::get(
-        m_red, QStringLiteral("ventabancas2.php"),
-        {{QStringLiteral("d"), ui->dateEdit_desde->date().toString(QStringLiteral("yyyy-MM-dd"))},
-         {QStringLiteral("h"), ui->dateEdit_hasta->date().toString(QStringLiteral("yyyy-MM-dd"))}});
+    red::get(m_red, QStringLiteral("ventabancas2.php"),
+             {{QStringLiteral("d"), fechaServidor(ui->dateEdit_desde->date())},
+              {QStringLiteral("h"), fechaServidor(ui->dateEdit_hasta->date())}});
 }
 
 void VentasBancas::recibirVentas(QNetworkReply *respuesta)
@@ -119,5 +122,5 @@ void VentasBancas::recibirVentas(QNetworkReply *respuesta)
 
     ui->pushButton_actualizar->setEnabled(true);
     setWindowTitle(m_titulo + QStringLiteral(" - ") +
-                   QTime::currentTime().toString(QStringLiteral("h:mm:ss ap")));
+                   textoConsola(QTime::currentTime(), QStringLiteral("h:mm:ss ap")));
 }

@@ -1,5 +1,6 @@
 #include "servidor/texto.h"
 
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 
@@ -175,9 +176,7 @@ std::string montoTexto(long long centimos)
 
 std::string porcentajeTexto(double porcentaje)
 {
-    char buffer[48];
-    std::snprintf(buffer, sizeof buffer, "%.2f", porcentaje);
-    return buffer;
+    return montoTexto(std::llround(porcentaje * 100.0)); // "." whatever the process locale
 }
 
 std::string campo(const std::string &texto)

@@ -170,7 +170,7 @@ void MainWindow::ver_hora()
     const QString formato = formatoReloj(horaActual);
     if (horaActual.second() % 2 == 0)
         ui->calendarWidget->setSelectedDate(SesionGlobal::fechaActual);
-    reloj = horaActual.toString(formato);
+    reloj = textoConsola(horaActual, formato);
 
     if (SesionGlobal::temaCambiado) {
         setStyleSheet(cargarTema(QString::fromLatin1(archivoTema)));

@@ -372,13 +372,13 @@ private slots:
         auto contador = hijo<QLineEdit>(*d, "lineEdit_contador");
         horaActual = QTime(15, 5, 7);
         d->mhora();
-        QCOMPARE(hora->text(), QStringLiteral("3:05:07 pm"));
+        QCOMPARE(hora->text(), QStringLiteral("3:05:07 p. m."));
         // No frames before the draws arrive.
         QCOMPARE(contador->text(), QString());
         QCOMPARE(d->indiceEspera, 10);
         horaActual = QTime(15, 5, 8);
         d->mhora();
-        QCOMPARE(hora->text(), QStringLiteral("3;05;08 pm"));
+        QCOMPARE(hora->text(), QStringLiteral("3;05;08 p. m."));
         QVERIFY(esperar([&] { return d->esperaActiva; }));
         QStringList cuadros;
         for (int i = 0; i < 7; ++i) {
@@ -404,7 +404,7 @@ private slots:
         QCOMPARE(columna(resultados, 0),
                  (QStringList{"Lotto Activo 10:00 AM", "Triple 12:00 PM", "Otro 9:00 AM"}));
         QCOMPARE(columna(resultados, 1), (QStringList{"25-Gallina", "123", "7-Perro"}));
-        QCOMPARE(columna(resultados, 2), (QStringList{"10:05 am", "2:05 pm", "9:01 am"}));
+        QCOMPARE(columna(resultados, 2), (QStringList{"10:05 a. m.", "2:05 p. m.", "9:01 a. m."}));
         // The result with no draw only adds its row.
         QCOMPARE(columna(hijo<QTableWidget>(*d, "tableWidget_falta"), 0),
                  (QStringList{"Lotto Activo-11:00 AM", "La Granja-10:00 AM", "Ruleta-1:00 PM"}));
@@ -692,11 +692,12 @@ private slots:
         QCOMPARE(SesionGlobal::fechaActual, QDate::currentDate());
         QVERIFY(!QFile::exists("lotto.txt") && !QFile::exists("ruleta.txt"));
         QVERIFY(QFile::exists("granja.txt"));
-        QCOMPARE(registro(*d), (QStringList{"<3:05 pm> Premiando :", " -> 33",
-                                            "<3:05 pm> Premiando :", "Lotto Activo-10:00 AM -> 25",
-                                            "<3:05 pm> Premiando :", "Lotto Activo-10:00 AM -> 01",
-                                            "<3:05 pm> Premiando :", "Lotto Activo-10:00 AM -> 05",
-                                            "<3:05 pm> Premiando :", "Ruleta-1:00 PM -> 36"}));
+        QCOMPARE(registro(*d),
+                 (QStringList{"<3:05 p. m.> Premiando :", " -> 33",
+                              "<3:05 p. m.> Premiando :", "Lotto Activo-10:00 AM -> 25",
+                              "<3:05 p. m.> Premiando :", "Lotto Activo-10:00 AM -> 01",
+                              "<3:05 p. m.> Premiando :", "Lotto Activo-10:00 AM -> 05",
+                              "<3:05 p. m.> Premiando :", "Ruleta-1:00 PM -> 36"}));
         QVERIFY(esperar([&] { return srv.peticionesA("autopremiar.php").size() == 5; }));
         QStringList pedidas = srv.peticionesA("autopremiar.php");
         pedidas.sort();

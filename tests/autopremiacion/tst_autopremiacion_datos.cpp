@@ -106,9 +106,9 @@ private slots:
         QCOMPARE(filas.size(), 4);
         QCOMPARE(filas.at(0).sorteo, QStringLiteral("Lotto Activo 10:00 AM"));
         QCOMPARE(filas.at(0).resultado, QStringLiteral("25-Gallina"));
-        QCOMPARE(filas.at(0).hora, QStringLiteral("10:05 am"));
+        QCOMPARE(filas.at(0).hora, QStringLiteral("10:05 a. m."));
         QCOMPARE(filas.at(1).resultado, QStringLiteral("123"));
-        QCOMPARE(filas.at(1).hora, QStringLiteral("2:05 pm"));
+        QCOMPARE(filas.at(1).hora, QStringLiteral("2:05 p. m."));
         QCOMPARE(filas.at(3).sorteo, QStringLiteral(" "));
         QCOMPARE(filas.at(3).resultado, QStringLiteral("-"));
         QCOMPARE(filas.at(3).hora, QString());
@@ -129,9 +129,9 @@ private slots:
 
     void relojParpadea()
     {
-        QCOMPARE(textoReloj(QTime(15, 5, 7)), QStringLiteral("3:05:07 pm"));
-        QCOMPARE(textoReloj(QTime(15, 5, 8)), QStringLiteral("3;05;08 pm"));
-        QCOMPARE(textoReloj(QTime(0, 0, 0)), QStringLiteral("12;00;00 am"));
+        QCOMPARE(textoReloj(QTime(15, 5, 7)), QStringLiteral("3:05:07 p. m."));
+        QCOMPARE(textoReloj(QTime(15, 5, 8)), QStringLiteral("3;05;08 p. m."));
+        QCOMPARE(textoReloj(QTime(0, 0, 0)), QStringLiteral("12;00;00 a. m."));
     }
 
     void desfaseDelServidor()
@@ -246,7 +246,7 @@ private slots:
 
         QCOMPARE(consultaPremiacion(p.at(1)), QStringLiteral("autopremiar.php?&j=1&s=10&a=25"));
         QCOMPARE(registroPremiacion(QTime(15, 5, 40), p.at(1)),
-                 (QStringList{"<3:05 pm> Premiando :", "Lotto Activo-10:00 AM -> 25"}));
+                 (QStringList{"<3:05 p. m.> Premiando :", "Lotto Activo-10:00 AM -> 25"}));
     }
 
     void archivoDeOtroDiaOSinRegistros()

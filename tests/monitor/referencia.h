@@ -200,7 +200,7 @@ inline Vista calcular(const QString &reply, const Listas &L, const QString &cjue
         v.jugadas << QStringList{L.banca(f.value(0)),
                                  L.agencia(larga),
                                  f.value(5),
-                                 QTime::fromString(f.value(1), "hh:mm:ss").toString("h:mm ap"),
+                                 textoConsola(QTime::fromString(f.value(1), "hh:mm:ss"), "h:mm ap"),
                                  f.value(7),
                                  L.animal(cjuego, f.value(7)),
                                  formatoMonto(m, dec),

@@ -1,3 +1,4 @@
+#include "app/formato.h"
 #include "monitor/listasmonitor.h"
 #include "monitor/modelojugadas.h"
 #include "monitor/ventasmonitor.h"
@@ -86,7 +87,7 @@ private slots:
             const QTime t = QTime::fromString(c, "hh:mm:ss");
             QCOMPARE(leerHora(b.constData(), b.size()),
                      t.isValid() ? t.msecsSinceStartOfDay() / 1000 : -1);
-            QCOMPARE(textoHora(leerHora(b.constData(), b.size())), t.toString("h:mm ap"));
+            QCOMPARE(textoHora(leerHora(b.constData(), b.size())), textoConsola(t, "h:mm ap"));
         }
     }
 

@@ -1,4 +1,6 @@
 #include "reportes/calculoreportes.h"
+
+#include "app/formato.h"
 #include "tests/soporte/prueba_main.h"
 
 #include <QElapsedTimer>
@@ -46,8 +48,8 @@ private slots:
         QCOMPARE(a.otroMonto, 300.0);
         QCOMPARE(a.comision, 150.05);
         QCOMPARE(a.horaUltimaVenta, QTime(14, 5, 9));
-        QCOMPARE(textoHoraVenta(a.horaUltimaVenta), QStringLiteral("2:05 pm"));
-        QCOMPARE(textoHoraVenta(QTime(9, 30)), QStringLiteral("9:30 am"));
+        QCOMPARE(textoHoraVenta(a.horaUltimaVenta), QStringLiteral("2:05 p. m."));
+        QCOMPARE(textoHoraVenta(QTime(9, 30)), QStringLiteral("9:30 a. m."));
         QCOMPARE(textoHoraVenta(QTime()), QString());
         QCOMPARE(r.bancas.size(), 1);
         QCOMPARE(r.bancas.at(0).clave, QStringLiteral("7"));
@@ -112,6 +114,70 @@ private slots:
         QCOMPARE(seccionReporte("a_FIN_b", 2), QStringLiteral("b"));
         QCOMPARE(seccionReporte("a_FIN_b", 3), QString());
         QCOMPARE(seccionReporte("a_FIN_b_FIN_c_FIN_d", 3), QStringLiteral("c_FIN_d"));
+    }
+
+    // Gross 100.10, 10 % commission, prizes 90.09: the line breaks even, to the cent.
+    void puntoDeEquilibrio()
+    {
+        const CifrasReporte c = cifrasLinea(100.10, 90.09, 10, 50);
+        QCOMPARE(formatoMonto(c.comision, 2), QStringLiteral("10.01"));
+        QCOMPARE(formatoMonto(c.ventaNeta(), 2), QStringLiteral("90.09"));
+        QVERIFY(c.utilidad() == 0.0);
+        QVERIFY(c.participacion == 0.0);
+        QVERIFY(c.saldo() == 0.0);
+        QCOMPARE(formatoMonto(c.utilidad(), 2), QStringLiteral("0.00"));
+        QCOMPARE(formatoMonto(c.saldo(), 2), QStringLiteral("0.00"));
+
+        ReporteSuperBanca r;
+        r.cargar("1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,100.10,90.09\n");
+        QVERIFY(r.cifrasBanca(0).utilidad() == 0.0);
+        QVERIFY(r.totales().saldo() == 0.0);
+    }
+
+    // Each figure is rounded to the cent before it is summed, so the rows shown add up to the
+    // total shown.
+    void filasSumanElTotal()
+    {
+        const CifrasReporte c = cifrasLinea(0.05, 0, 10, 0);
+        QVERIFY(c.comision == 0.01); // 0.5 cent, away from zero
+
+        ReporteSuperBanca r;
+        r.cargar("1,Lotto\n_FIN_\n1,1,10,0\n2,1,10,0\n3,1,10,0\n_FIN_\n"
+                 "1,Uno,1,0.05,0\n2,Dos,1,0.05,0\n3,Tres,1,0.05,0\n");
+        QCOMPARE(r.bancaClaves.size(), 3);
+        for (int i = 0; i < 3; ++i)
+            QCOMPARE(formatoMonto(r.cifrasBanca(i).comision, 2), QStringLiteral("0.01"));
+        QCOMPARE(formatoMonto(r.totales().comision, 2), QStringLiteral("0.03"));
+
+        // Ten lines of 0.10 make exactly 1.00, and 100.10 - 10.01 exactly 90.09.
+        QString lineas;
+        for (int i = 0; i < 10; ++i)
+            lineas += QStringLiteral("7,Centro,1,0.10,0\n");
+        r.cargar("1,Lotto\n_FIN_\n7,1,10,0\n_FIN_\n" + lineas);
+        QVERIFY(r.cifrasBanca(0).ventaBruta == 1.0);
+        QVERIFY(sumarMontos(0.1, 0.2) == 0.3);
+        QVERIFY(restarMontos(100.10, 10.01) == 90.09);
+
+        // Sales by banca: agencies of 0.005 commission each show 0.01, and so does each part of
+        // the total.
+        const ReporteVentasBancas v = calcularVentasBancas("1,A,1,X,,0.10,0,0.005,10:00:00\n"
+                                                           "2,B,2,Y,,0.10,0,0.005,10:00:00\n"
+                                                           "3,C,3,Z,,0.10,0,0.005,10:00:00\n");
+        for (const FilaBanca &b : v.bancas)
+            QCOMPARE(formatoMonto(b.comision, 2), QStringLiteral("0.01"));
+        QCOMPARE(formatoMonto(v.totalComision, 2), QStringLiteral("0.03"));
+        QVERIFY(v.totalVenta == 0.3);
+    }
+
+    // Amounts far beyond any real one, or not numbers, do not break the arithmetic.
+    void montosExtremos()
+    {
+        QCOMPARE(aCentavos(qInf()), qint64(0));
+        QCOMPARE(aCentavos(qQNaN()), qint64(0));
+        QVERIFY(aCentavos(1e300) > 0);
+        QVERIFY(aCentavos(-1e300) < 0);
+        QCOMPARE(aCentavos(-0.004), qint64(0));
+        QVERIFY(!(redondearCentavos(-0.004) < 0.0));
     }
 
     void ejemploResuelto()

@@ -238,6 +238,52 @@ private slots:
         QCOMPARE(d.dlg.nombreJuego("1"), QStringLiteral("Lotto"));
     }
 
+    // A line that breaks even to the cent (gross 100.10, 10 %, prizes 90.09) is black zero, in
+    // the banca table, the detail and the totals.
+    void puntoDeEquilibrioEnNegro()
+    {
+        ServidorPrueba srv;
+        DirectorioTrabajo dir;
+        dir.apuntarA(srv.direccion());
+        srv.responder("reportex.php",
+                      "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,100.10,90.09\n");
+        Dialogo d;
+        QVERIFY(d.consultarYEsperar());
+        QCOMPARE(fila(d.ventas, 0), (QStringList{"Centro", "100.10", "10.01", "90.09", "90.09",
+                                                 "0.00", "0.00", "0.00"}));
+        for (int c = 1; c < 8; ++c)
+            QVERIFY2(!rojo(d.ventas, 0, c), qPrintable(QString::number(c)));
+        for (const char *campo :
+             {"lineEdit_utilidad", "lineEdit_participacion", "lineEdit_saldo"}) {
+            QCOMPARE(d.campo(campo)->text(), QStringLiteral("0.00"));
+            QCOMPARE(d.campo(campo)->styleSheet(), QString());
+        }
+        d.pulsarFila(0);
+        QCOMPARE(fila(d.detalle, 0), (QStringList{"Lotto", "100.10", "10.01", "90.09", "90.09",
+                                                  "0.00", "0.00", "0.00"}));
+        for (int c = 1; c < 8; ++c)
+            QVERIFY(!rojo(d.detalle, 0, c));
+        QCOMPARE(d.campo("lineEdit_dUtilidad")->text(), QStringLiteral("0.00"));
+        QCOMPARE(d.campo("lineEdit_dSaldo")->styleSheet(), QString());
+    }
+
+    // The banca rows add up to the totals below them, to the cent.
+    void filasSumanElTotal()
+    {
+        ServidorPrueba srv;
+        DirectorioTrabajo dir;
+        dir.apuntarA(srv.direccion());
+        srv.responder("reportex.php", "1,Lotto\n_FIN_\n1,1,10,0\n2,1,10,0\n3,1,10,0\n_FIN_\n"
+                                      "1,Uno,1,0.05,0\n2,Dos,1,0.05,0\n3,Tres,1,0.05,0\n");
+        Dialogo d;
+        QVERIFY(d.consultarYEsperar());
+        QCOMPARE(d.ventas->rowCount(), 3);
+        for (int f = 0; f < 3; ++f)
+            QCOMPARE(celda(d.ventas, f, 2), QStringLiteral("0.01"));
+        QCOMPARE(d.campo("lineEdit_comision")->text(), QStringLiteral("0.03"));
+        QCOMPARE(d.campo("lineEdit_ventaNeta")->text(), QStringLiteral("0.12"));
+    }
+
     void totalesDeVariasBancas()
     {
         ServidorPrueba srv;

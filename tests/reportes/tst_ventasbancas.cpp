@@ -1,5 +1,6 @@
 #include "reportes/ventasbancas.h"
 
+#include "app/formato.h"
 #include "app/sesion.h"
 #include "tests/soporte/capturamensajes.h"
 #include "tests/soporte/prueba_main.h"
@@ -164,10 +165,10 @@ private slots:
         QCOMPARE(celda(d.agencias, 0, 1), QStringLiteral("701-La Esquina"));
         QCOMPARE(celda(d.agencias, 0, 2), QStringLiteral("1,500.50"));
         QCOMPARE(celda(d.agencias, 0, 3), QStringLiteral("150.05"));
-        QCOMPARE(celda(d.agencias, 0, 4), QStringLiteral("2:05 pm"));
-        QCOMPARE(celda(d.agencias, 1, 4), QStringLiteral("9:07 am"));
+        QCOMPARE(celda(d.agencias, 0, 4), QStringLiteral("2:05 p. m."));
+        QCOMPARE(celda(d.agencias, 1, 4), QStringLiteral("9:07 a. m."));
         QCOMPARE(celda(d.agencias, 2, 2), QStringLiteral("1,234,567.89"));
-        QCOMPARE(celda(d.agencias, 2, 4), QStringLiteral("11:59 pm"));
+        QCOMPARE(celda(d.agencias, 2, 4), QStringLiteral("11:59 p. m."));
         for (int c = 2; c <= 4; ++c)
             QCOMPARE(d.agencias->item(0, c)->textAlignment(),
                      int(Qt::AlignRight | Qt::AlignVCenter));
@@ -246,9 +247,11 @@ private slots:
         const QString titulo = d.dlg.windowTitle();
         QVERIFY2(titulo.startsWith("Ventas Bancas - "), qPrintable(titulo));
         const QString hora = titulo.mid(QStringLiteral("Ventas Bancas - ").size());
-        QVERIFY2(hora == antes.toString("h:mm:ss ap") || hora == despues.toString("h:mm:ss ap"),
+        QVERIFY2(hora == textoConsola(antes, "h:mm:ss ap") ||
+                     hora == textoConsola(despues, "h:mm:ss ap"),
                  qPrintable(titulo));
-        QVERIFY(QRegularExpression("^\\d{1,2}:\\d\\d:\\d\\d (am|pm)$").match(hora).hasMatch());
+        QVERIFY(
+            QRegularExpression("^\\d{1,2}:\\d\\d:\\d\\d (a|p)\\. m\\.$").match(hora).hasMatch());
     }
 
     void respuestaVaciaDejaBotonDesactivado()

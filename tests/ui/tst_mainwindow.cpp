@@ -386,11 +386,11 @@ private slots:
         horaActual = QTime(13, 7, 9); // odd: colons, calendar untouched
         const QDate antes = calendario->selectedDate();
         v->ver_hora();
-        QCOMPARE(v->textoReloj(), QStringLiteral("1:07:09 pm"));
+        QCOMPARE(v->textoReloj(), QStringLiteral("1:07:09 p. m."));
         QCOMPARE(calendario->selectedDate(), antes);
         v->currentHora(); // even: semicolons and the server's date
         v->ver_hora();
-        QCOMPARE(v->textoReloj(), QStringLiteral("1;07;10 pm"));
+        QCOMPARE(v->textoReloj(), QStringLiteral("1;07;10 p. m."));
         QCOMPARE(calendario->selectedDate(), QDate(2026, 1, 10));
     }
 
