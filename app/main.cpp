@@ -1,9 +1,8 @@
 #include "app/celdas.h"
 #include "app/idioma.h"
 #include "app/pantalla.h"
-#include "ui/mainwindow.h"
-
 #include "app/salida.h"
+#include "ui/mainwindow.h"
 
 #include <QApplication>
 
