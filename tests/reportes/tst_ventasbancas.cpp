@@ -67,6 +67,20 @@ private slots:
         SesionGlobal::decimales = 2;
     }
 
+    void fechasDelEquipoNoDeLaSesion()
+    {
+        // Both dates start on the machine's date, whatever date the server's clock gave the
+        // session.
+        ServidorPrueba srv;
+        DirectorioTrabajo dir;
+        dir.apuntarA(srv.direccion());
+        SesionGlobal::fechaActual = QDate::currentDate().addDays(-40);
+        Dialogo d;
+        QCOMPARE(d.desde->date(), QDate::currentDate());
+        QCOMPARE(d.hasta->date(), QDate::currentDate());
+        QVERIFY(srv.peticiones().isEmpty());
+    }
+
     void formulario()
     {
         ServidorPrueba srv;

@@ -9,6 +9,9 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QPointer>
+#include <QTcpServer>
+#include <QTcpSocket>
 #include <QTimer>
 
 namespace {
@@ -24,6 +27,35 @@ QPushButton *boton(QWidget &d, const char *nombre)
 }
 
 const QByteArray respuestaAdmin = "1\nAdministrador\nX\nroot\nroot\n01,02\nSB1\n1,2\n";
+
+// A one-connection HTTP server that keeps the connection open after its answer (HTTP/1.1
+// keep-alive) and tells when the client closes it.
+class ServidorQueMantiene : public QObject {
+public:
+    QTcpServer servidor;
+    QPointer<QTcpSocket> conexion;
+    bool respondido = false;
+    bool cerradaPorElCliente = false;
+
+    explicit ServidorQueMantiene(const QByteArray &cuerpo)
+    {
+        servidor.listen(QHostAddress::LocalHost);
+        connect(&servidor, &QTcpServer::newConnection, this, [this, cuerpo] {
+            conexion = servidor.nextPendingConnection();
+            connect(conexion, &QTcpSocket::readyRead, this, [this, cuerpo] {
+                if (!conexion->readAll().contains("\r\n\r\n") || respondido)
+                    return;
+                conexion->write("HTTP/1.1 200 OK\r\nContent-Type: text/plain\r\n"
+                                "Connection: keep-alive\r\nContent-Length: " +
+                                QByteArray::number(cuerpo.size()) + "\r\n\r\n" + cuerpo);
+                respondido = true;
+            });
+            connect(conexion, &QTcpSocket::disconnected, this,
+                    [this] { cerradaPorElCliente = true; });
+        });
+    }
+    QString direccion() const { return QStringLiteral("127.0.0.1:%1").arg(servidor.serverPort()); }
+};
 
 } // namespace
 
@@ -122,6 +154,41 @@ private slots:
         QCOMPARE(SesionGlobal::listaLinea6, (QStringList{"01", "02"}));
         QCOMPARE(SesionGlobal::datoLinea7, QStringLiteral("SB1"));
         QCOMPARE(SesionGlobal::listaLinea8, (QStringList{"1", "2"}));
+    }
+
+    void sesionAbiertaSueltaLaConexion()
+    {
+        // After a good reply the login's access manager drops its cached connections (and
+        // any credential with them): the server sees the connection closed while the dialog,
+        // and so its manager, still exist.
+        ServidorQueMantiene srv(respuestaAdmin);
+        DirectorioTrabajo dir;
+        dir.apuntarA(srv.direccion());
+        iniciar_sesion d;
+        campo(d, "lineEdit_usuario")->setText("admin");
+        campo(d, "lineEdit_clave")->setText("tornavo1");
+        QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
+        QTRY_VERIFY_WITH_TIMEOUT(SesionGlobal::sesionIniciada, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(srv.cerradaPorElCliente, 5000);
+    }
+
+    void claveIncorrectaConservaLaConexion()
+    {
+        // The same server with a refusal: the connection is kept (the cache is only cleared
+        // after a good reply), which shows the test above sees the clearing and not a close
+        // that happens anyway.
+        ServidorQueMantiene srv("0\n");
+        DirectorioTrabajo dir;
+        dir.apuntarA(srv.direccion());
+        CapturaMensajes captura;
+        iniciar_sesion d;
+        campo(d, "lineEdit_usuario")->setText("admin");
+        campo(d, "lineEdit_clave")->setText("mala");
+        QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
+        QVERIFY(captura.esperar(1));
+        QTest::qWait(1000);
+        QVERIFY(srv.respondido);
+        QVERIFY(!srv.cerradaPorElCliente);
     }
 
     void valoresSinRecortarNiCodificar()

@@ -544,6 +544,22 @@ private slots:
         QCOMPARE(r.codigo, 7);
         QCOMPARE(r.salida, QByteArray()); // a known theme prints nothing
     }
+
+    void relojSePideAlIniciar()
+    {
+        // The clock is asked for in the constructor, not only by the 5-second timer: with
+        // every timer stopped right after the login, the request still goes out.
+        srv->responder("validarUser.php", respuestaAdmin);
+        srv->responder("datetime.php", "2026-11-22\nsabado\n-4\n1790000000\n15:04:05\n");
+        responderLogin();
+        auto v = std::make_unique<MainWindow>();
+        for (QTimer *t : v->findChildren<QTimer *>())
+            t->stop();
+        QVERIFY(
+            QTest::qWaitFor([&] { return !srv->peticionesA("datetime.php").isEmpty(); }, 10000));
+        QCOMPARE(srv->peticionesA("datetime.php"), QStringList{"/Tornavo/TornavoSU/datetime.php"});
+        QTRY_COMPARE_WITH_TIMEOUT(horaActual, QTime(15, 4, 5), 10000);
+    }
 };
 
 TORNAVO_PRUEBA_MAIN(TstMainWindow)
