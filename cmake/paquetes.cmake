@@ -24,7 +24,7 @@ set(TORNAVO_DOC_SERVIDOR ${CMAKE_INSTALL_DATADIR}/doc/tornavo-servidor)
 
 # Files that carry installed paths, the changelogs and the man pages (compressed, without
 # time stamps, so that two builds give the same packages).
-configure_file(${TORNAVO_PAQUETES_FUENTES}/tornavo-su-escritorio
+configure_file(${TORNAVO_PAQUETES_FUENTES}/tornavo-su-escritorio.in
                ${TORNAVO_PAQUETES_SALIDA}/tornavo-su-escritorio @ONLY)
 configure_file(${TORNAVO_PAQUETES_FUENTES}/tornavo-servidor.service.in
                ${TORNAVO_PAQUETES_SALIDA}/${TORNAVO_UNIDAD} @ONLY)
