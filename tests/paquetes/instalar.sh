@@ -75,7 +75,7 @@ for p in tornavo-su tornavo-servidor; do
 done
 
 # --- Dependencies: the libraries the binaries link, plus the declared ones.
-depende() { dpkg-query -W -f='${Depends}' "$1" | tr ',|' '\n\n' | grep -q "^ *$2"; }
+depende() { dpkg-query -W -f='${Depends}' "$1" | tr ',|' '\n\n' | grep -c "^ *$2" >/dev/null; }
 for d in qttranslations5-l10n libqt5widgets5 libqt5network5 libqt5core5a libc6; do
     comprobar "tornavo-su depende de $d" depende tornavo-su "$d"
 done
@@ -146,8 +146,8 @@ BASE="$TMP/estado"
 install -d -o "$USUARIO" -g "$USUARIO" -m 0750 "$BASE"
 for i in "${!ORDEN[@]}"; do
     case "${ORDEN[$i]}" in
-    --db) ORDEN[$((i + 1))]="$BASE/tornavo.db" ;;
-    --port) ORDEN[$((i + 1))]=0 ;; # a free port: this machine may be running anything on 8080
+    --db) ORDEN[i + 1]="$BASE/tornavo.db" ;;
+    --port) ORDEN[i + 1]=0 ;; # a free port: this machine may be running anything on 8080
     esac
 done
 setpriv --reuid="$USUARIO" --regid="$USUARIO" --init-groups -- "${ORDEN[@]}" >"$TMP/servidor.url" 2>"$TMP/servidor.log" &
