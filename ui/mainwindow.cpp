@@ -1,6 +1,7 @@
 #include "ui/mainwindow.h"
 #include "ui_MainWindow.h"
 
+#include "app/exportartabla.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/salida.h"
@@ -182,6 +183,7 @@ void MainWindow::ver_hora()
 // destroy the box twice.
 void MainWindow::abrirDialogo(QWidget *dialogo)
 {
+    exportar::instalarMenusTablas(dialogo);
     dialogo->show();
 }
 
