@@ -11,6 +11,7 @@
 #include <QDate>
 #include <QDateEdit>
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
 #include <QFileInfo>
@@ -60,18 +61,20 @@ int leerEntero(const QChar *p, int &i, int fin, int minimo, int maximo)
     return leidos >= minimo ? valor : -1;
 }
 
-// "12,345.50" -> "12345.50"; an empty string when the text is no amount with groups or decimals.
-QString montoPlano(const QChar *p, int a, int b)
+// "12,345.50" -> "12345.50"; an empty string when the text is no amount with groups or
+// decimals. Checks first and builds a new text only when something changes.
+QString montoPlano(const QString &texto, int a, int b)
 {
+    const QChar *p = texto.constData();
     int i = a;
     const bool negativo = p[i] == QLatin1Char('-');
     if (negativo)
         ++i;
-    QString digitos;
-    digitos.reserve(b - a);
     int primero = 0;
+    bool cero = true;
     while (i < b && esDigito(p[i])) {
-        digitos += p[i++];
+        cero = cero && p[i] == QLatin1Char('0');
+        ++i;
         ++primero;
     }
     if (primero == 0)
@@ -84,7 +87,8 @@ QString montoPlano(const QChar *p, int a, int b)
             ++i;
             int n = 0;
             while (i < b && esDigito(p[i]) && n < 4) {
-                digitos += p[i++];
+                cero = cero && p[i] == QLatin1Char('0');
+                ++i;
                 ++n;
             }
             if (n != 3)
@@ -94,25 +98,31 @@ QString montoPlano(const QChar *p, int a, int b)
     }
     bool decimales = false;
     if (i < b && p[i] == QLatin1Char('.')) {
-        digitos += p[i++];
+        ++i;
         const int inicio = i;
-        while (i < b && esDigito(p[i]))
-            digitos += p[i++];
+        while (i < b && esDigito(p[i])) {
+            cero = cero && p[i] == QLatin1Char('0');
+            ++i;
+        }
         if (i == inicio)
             return QString();
         decimales = true;
     }
-    if (i != b)
-        return QString();
-    bool cero = true;
-    for (QChar c : qAsConst(digitos))
-        cero = cero && (c == QLatin1Char('0') || c == QLatin1Char('.'));
     // Plain integers are left alone, except a negative zero ("-0").
-    if (!(grupos || decimales || (negativo && cero)))
+    if (i != b || !(grupos || decimales || (negativo && cero)))
         return QString();
-    if (negativo && !cero)
-        digitos.prepend(QLatin1Char('-'));
-    return digitos;
+    const bool signo = negativo && !cero;
+    if (!grupos && (signo || !negativo) && a == 0 && b == texto.size())
+        return texto; // already plain
+    QString plano;
+    plano.reserve(b - a);
+    if (signo)
+        plano += QLatin1Char('-');
+    for (int k = negativo ? a + 1 : a; k < b; ++k) {
+        if (p[k] != QLatin1Char(','))
+            plano += p[k];
+    }
+    return plano;
 }
 
 // "lunes 23/11/2026", "23/11/2026" or "23-11-2026" -> "2026-11-23"; empty when it is none.
@@ -158,7 +168,7 @@ QString valorPlano(const QString &texto)
     if (b - a < 2 || !esDigito(p[b - 1]))
         return texto;
     if (esDigito(p[a]) || p[a] == QLatin1Char('-')) {
-        const QString monto = montoPlano(p, a, b);
+        const QString monto = montoPlano(texto, a, b);
         if (!monto.isEmpty())
             return monto;
     }
@@ -448,8 +458,13 @@ bool escribirCsv(const QTableView *tabla, QIODevice &destino, const Avance &avan
     if (destino.write(kBomUtf8) != kBomUtf8.size())
         return false;
 
-    // Rows go out in blocks; between blocks the caller may show progress or stop.
-    constexpr int kFilasPorBloque = 8192;
+    // Rows go out in blocks of about 30 ms of work; between blocks the caller may show
+    // progress, let events through or stop.
+    constexpr int kFilasEntreMiradas = 256;
+    constexpr qint64 kMsPorBloque = 30;
+    bloque.reserve(1 << 20);
+    QElapsedTimer reloj;
+    reloj.start();
     const int total = filas.size();
     for (int i = 0; i < total; ++i) {
         const int f = filas.at(i);
@@ -459,13 +474,14 @@ bool escribirCsv(const QTableView *tabla, QIODevice &destino, const Avance &avan
             agregarCampoCsv(bloque, valorCsv(modelo->data(modelo->index(f, columnas.at(k), raiz))));
         }
         bloque += QLatin1String("\r\n");
-        if ((i + 1) % kFilasPorBloque == 0 && i + 1 < total) {
+        if ((i + 1) % kFilasEntreMiradas == 0 && i + 1 < total && reloj.elapsed() >= kMsPorBloque) {
             const QByteArray bytes = bloque.toUtf8();
             if (destino.write(bytes) != bytes.size())
                 return false;
-            bloque.clear();
+            bloque.resize(0);
             if (avance && !avance(i + 1, total))
                 return false;
+            reloj.restart();
         }
     }
     const QByteArray bytes = bloque.toUtf8();
