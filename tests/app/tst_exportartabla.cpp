@@ -530,6 +530,12 @@ private slots:
         QSignalSpy pedido(propia, &QWidget::customContextMenuRequested);
         QCOMPARE(menuDe(propia), QStringList{"(sin menú)"});
         QCOMPARE(pedido.count(), 1);
+        // Nor a table that says it has no menu.
+        auto *sinMenu = new QTableWidget(2, 2);
+        sinMenu->setContextMenuPolicy(Qt::NoContextMenu);
+        d->layout()->addWidget(sinMenu);
+        QTRY_VERIFY(sinMenu->isVisible());
+        QCOMPARE(menuDe(sinMenu), QStringList{"(sin menú)"});
         // A table added later gets the menu too, once, and so does its header.
         auto *nueva = new QTableWidget(2, 2);
         d->layout()->addWidget(nueva);
