@@ -192,6 +192,15 @@ int main(int argc, char **argv)
         std::printf("               through exportarCsv (progress box, save file) %8.1f ms%s\n",
                     reloj.nsecsElapsed() / 1e6, okMenu ? "" : "  FAILED");
 
+        // For looking at: the plays table as PDF, when a path is given.
+        if (qEnvironmentVariableIsSet("TORNAVO_PDF_JUGADAS")) {
+            reloj.restart();
+            const bool okPdf =
+                exportar::exportarPdf(tabla, qEnvironmentVariable("TORNAVO_PDF_JUGADAS"));
+            std::printf("               PDF written in %8.1f ms%s\n", reloj.nsecsElapsed() / 1e6,
+                        okPdf ? "" : "  FAILED");
+        }
+
         // Copying the whole table to the clipboard (nothing selected).
         tabla->clearSelection();
         reloj.restart();
