@@ -636,8 +636,14 @@ int imprimirTabla(const QTableView *tabla, QPrinter *impresora, const Encabezado
         return 0;
     p.scale(escala, escala);
     const double anchoDibujo = std::min(anchoTabla, ancho);
-    for (int pagina = 0; pagina < pag.paginas; ++pagina) {
-        if (pagina > 0 && !impresora->newPage()) {
+    // The pages the print dialog asked for, when it asked for some.
+    int desde = 0, hasta = pag.paginas - 1;
+    if (impresora->printRange() == QPrinter::PageRange && impresora->fromPage() > 0) {
+        desde = std::min(impresora->fromPage(), pag.paginas) - 1;
+        hasta = std::max(desde, std::min(impresora->toPage(), pag.paginas) - 1);
+    }
+    for (int pagina = desde; pagina <= hasta; ++pagina) {
+        if (pagina > desde && !impresora->newPage()) {
             p.end();
             return 0;
         }
@@ -717,14 +723,14 @@ int imprimirTabla(const QTableView *tabla, QPrinter *impresora, const Encabezado
                    Qt::AlignRight | Qt::AlignVCenter,
                    QStringLiteral("Página %1 de %2").arg(pagina + 1).arg(pag.paginas));
 
-        if (avance && !avance(pagina + 1, pag.paginas)) {
+        if (avance && !avance(pagina - desde + 1, hasta - desde + 1)) {
             p.end();
             return 0;
         }
     }
     if (!p.end())
         return 0;
-    return pag.paginas;
+    return hasta - desde + 1;
 }
 
 // ---- Long jobs run from the menu ----

@@ -106,7 +106,8 @@ Encabezado encabezadoDe(const QTableView *tabla);
 
 // Draws the table on `impresora` (heading, column titles on every page, shown texts and
 // colours, "Página i de n"), turning the page to landscape when the table is wider than tall.
-// Returns the pages printed, 0 when `avance` stopped it or the printer failed.
+// Only the printer's page range when it has one. Returns the pages printed, 0 when `avance`
+// stopped it or the printer failed.
 int imprimirTabla(const QTableView *tabla, QPrinter *impresora, const Encabezado &encabezado,
                   const Avance &avance = {});
 

@@ -459,6 +459,14 @@ private slots:
         QVERIFY(paginasDoble >= 2 * paginas - 1 && paginasDoble <= 2 * paginas + 1);
         QCOMPARE(paginasPdf(leer(tmp.filePath("doble.pdf"))), paginasDoble);
         QVERIFY(tamanoPagina(pdf).height() > tamanoPagina(pdf).width());
+        // A page range chosen in the print dialog.
+        QPrinter rango(QPrinter::HighResolution);
+        rango.setOutputFormat(QPrinter::PdfFormat);
+        rango.setOutputFileName(tmp.filePath("rango.pdf"));
+        rango.setPrintRange(QPrinter::PageRange);
+        rango.setFromTo(2, 3);
+        QCOMPARE(imprimirTabla(t, &rango, encabezadoDe(t)), 2);
+        QCOMPARE(paginasPdf(leer(tmp.filePath("rango.pdf"))), 2);
 
         // Red cells print red.
         QTemporaryDir png;
