@@ -371,8 +371,10 @@ QString textoCelda(const QTableView *tabla, int fila, int columna)
     return textoDeValor(tabla, modelo->data(i, Qt::DisplayRole), columna);
 }
 
-QString textoCopia(const QTableView *tabla)
+QString textoCopia(const QTableView *tabla, const Avance &avance, bool *completo)
 {
+    if (completo)
+        *completo = true;
     const QAbstractItemModel *modelo = tabla->model();
     if (!modelo)
         return QString();
@@ -429,13 +431,25 @@ QString textoCopia(const QTableView *tabla)
     QString texto;
     agregarLineaTsv(texto, titulos(tabla, columnas));
     QStringList celdas;
-    for (int f : qAsConst(filas)) {
+    QElapsedTimer reloj;
+    reloj.start();
+    for (int i = 0; i < filas.size(); ++i) {
+        const int f = filas.at(i);
         celdas.clear();
         const std::vector<bool> *marca =
             marcas.empty() ? nullptr : &marcas[std::size_t(filaDeMarca[std::size_t(f)])];
         for (int c : qAsConst(columnas))
             celdas << (!marca || (*marca)[std::size_t(c)] ? textoCelda(tabla, f, c) : QString());
         agregarLineaTsv(texto, celdas);
+        // Every ~30 ms of work the caller may show progress or stop.
+        if (avance && (i + 1) % 256 == 0 && reloj.elapsed() >= 30) {
+            if (!avance(i + 1, filas.size())) {
+                if (completo)
+                    *completo = false;
+                return QString();
+            }
+            reloj.restart();
+        }
     }
     return texto;
 }
@@ -802,15 +816,18 @@ private:
 };
 
 // After a job that did not finish: says why, unless the user cancelled it.
+void avisarCambio(QWidget *padre, const QString &texto)
+{
+    mostrarMensaje(padre, QStringLiteral("Exportar"), texto, IconoMensaje::Advertencia);
+}
+
 void avisarFallo(QWidget *padre, const Trabajo &t, const QString &ruta, const QString &error)
 {
     if (t.cancelado())
         return;
     if (t.cambio())
-        mostrarMensaje(padre, QStringLiteral("Exportar"),
-                       QStringLiteral("La tabla cambió mientras se exportaba; no se guardó nada. "
-                                      "Vuelva a intentarlo."),
-                       IconoMensaje::Advertencia);
+        avisarCambio(padre, QStringLiteral("La tabla cambió mientras se exportaba; no se guardó "
+                                           "nada. Vuelva a intentarlo."));
     else
         mostrarMensaje(
             padre, QStringLiteral("Error"),
@@ -922,6 +939,20 @@ QString pedirRuta(QTableView *tabla, const QString &titulo, const QString &exten
     return ruta;
 }
 
+// Copies with a progress box for long tables; the clipboard keeps what it had when the copy
+// does not finish.
+void accionCopiar(QTableView *tabla)
+{
+    Trabajo trabajo(tabla, QStringLiteral("Copiando…"), 20000);
+    bool completo = false;
+    const QString texto = textoCopia(tabla, trabajo.avance(), &completo);
+    if (completo)
+        QApplication::clipboard()->setText(texto);
+    else if (!trabajo.cancelado())
+        avisarCambio(tabla->window(), QStringLiteral("La tabla cambió mientras se copiaba; no se "
+                                                     "copió nada. Vuelva a intentarlo."));
+}
+
 void accionCsv(QTableView *tabla)
 {
     const QString ruta = pedirRuta(tabla, QStringLiteral("Exportar a CSV"), QStringLiteral("csv"),
@@ -966,7 +997,7 @@ void mostrarMenu(QTableView *tabla, const QPoint &dondeGlobal)
             });
         });
     };
-    entrada(kCopiar, [](QTableView *t) { copiar(t); });
+    entrada(kCopiar, accionCopiar);
     entrada(kExportarCsv, accionCsv);
     entrada(kExportarPdf, accionPdf);
     entrada(kImprimir, accionImprimir);

@@ -78,15 +78,15 @@ QStringList titulos(const QTableView *tabla, const QVector<int> &columnas);
 // A cell's text as the table shows it.
 QString textoCelda(const QTableView *tabla, int fila, int columna);
 
-// Text that "Copiar" puts on the clipboard: the selected cells (inside the rectangle of the
-// selected rows and columns, unselected cells empty) or the whole table when nothing is
-// selected, with the titles of those columns.
-QString textoCopia(const QTableView *tabla);
-void copiar(const QTableView *tabla);
-
 // Called now and then while a long job runs with the rows (or pages) done and the total;
 // false stops the job.
 using Avance = std::function<bool(int hechas, int total)>;
+
+// Text that "Copiar" puts on the clipboard: the selected cells (inside the rectangle of the
+// selected rows and columns, unselected cells empty) or the whole table when nothing is
+// selected, with the titles of those columns. "" and `*completo` false when `avance` stopped it.
+QString textoCopia(const QTableView *tabla, const Avance &avance = {}, bool *completo = nullptr);
+void copiar(const QTableView *tabla);
 
 // Writes the table as CSV (see textoCsv) to `destino`. False when `avance` stopped it or the
 // device failed.

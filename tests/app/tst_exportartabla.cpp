@@ -590,6 +590,26 @@ private slots:
         QCOMPARE(leer(ruta), QByteArray("lo de antes"));
     }
 
+    void cancelarUnaCopiaLarga()
+    {
+        ModeloLargo modelo(200000, 3, true);
+        auto *t = new QTableView;
+        t->setModel(&modelo);
+        auto d = dialogoCon(t);
+        QApplication::clipboard()->setText("lo de antes");
+        QString etiqueta;
+        QPointer<QProgressDialog> progreso;
+        alAparecer<QProgressDialog>([&](QProgressDialog *p) {
+            etiqueta = p->labelText();
+            progreso = p;
+            QTest::mouseClick(p->findChild<QPushButton *>(), Qt::LeftButton);
+        });
+        menuDe(t, kCopiar);
+        QTRY_COMPARE_WITH_TIMEOUT(etiqueta, QStringLiteral("Copiando…"), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(!progreso, 20000);
+        QCOMPARE(QApplication::clipboard()->text(), QStringLiteral("lo de antes"));
+    }
+
     void laTablaCambiaDuranteLaExportacion()
     {
         ModeloLargo modelo(200000, 3, true);
