@@ -65,7 +65,8 @@ QPointer<QTimer> alAparecer(std::function<void(T *)> accion, bool popup = false)
 
 // Right-clicks a cell of `tabla` as a user would and returns the texts of the menu that opened;
 // picks the entry `elegir` when given, else closes the menu.
-QStringList menuDe(QTableView *tabla, const QString &elegir = {}, const QPoint &punto = {5, 5})
+QStringList menuDe(QTableView *tabla, const QString &elegir = {}, const QPoint &punto = {5, 5},
+                   bool teclado = false)
 {
     QStringList textos;
     bool visto = false;
@@ -90,8 +91,14 @@ QStringList menuDe(QTableView *tabla, const QString &elegir = {}, const QPoint &
         }
     });
     sondeo->start(10);
-    QContextMenuEvent e(QContextMenuEvent::Mouse, punto, tabla->viewport()->mapToGlobal(punto));
-    QApplication::sendEvent(tabla->viewport(), &e);
+    if (teclado) {
+        // The menu key: the event goes to the widget with the focus.
+        QContextMenuEvent e(QContextMenuEvent::Keyboard, QPoint(), tabla->mapToGlobal(QPoint()));
+        QApplication::sendEvent(tabla, &e);
+    } else {
+        QContextMenuEvent e(QContextMenuEvent::Mouse, punto, tabla->viewport()->mapToGlobal(punto));
+        QApplication::sendEvent(tabla->viewport(), &e);
+    }
     sondeo->stop();
     delete sondeo;
     if (!visto)
@@ -550,6 +557,12 @@ private slots:
         QTRY_VERIFY(nueva->isVisible());
         QCOMPARE(menuDe(nueva), kMenu);
         QCOMPARE(menuDe(t), kMenu);
+        // From the keyboard too.
+        d->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(d.get()));
+        t->setFocus();
+        QTRY_COMPARE(QApplication::focusWidget(), static_cast<QWidget *>(t));
+        QCOMPARE(menuDe(t, {}, {}, true), kMenu);
         // Other widgets keep theirs (no menu of ours over a button).
         auto *boton = new QPushButton("x");
         d->layout()->addWidget(boton);
