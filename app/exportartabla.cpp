@@ -800,7 +800,8 @@ private:
         if (m_progreso) {
             m_progreso->setValue(hechas);
             QCoreApplication::processEvents();
-            if (m_progreso->wasCanceled())
+            // The box goes with its dialog when the dialog is deleted meanwhile.
+            if (m_progreso && m_progreso->wasCanceled())
                 m_cancelado = true;
         }
         return !m_cancelado && !cambio();
@@ -845,7 +846,8 @@ int imprimirConAvance(QTableView *tabla, QPrinter *impresora, Trabajo &trabajo)
 
 bool exportarCsv(QTableView *tabla, const QString &ruta)
 {
-    QWidget *padre = tabla->window();
+    // The dialog may go away while a long job lets events through.
+    const QPointer<QWidget> padre = tabla->window();
     QSaveFile archivo(ruta);
     Trabajo trabajo(tabla, QStringLiteral("Exportando a CSV…"), 20000);
     if (!archivo.open(QIODevice::WriteOnly)) {
@@ -867,7 +869,8 @@ bool exportarCsv(QTableView *tabla, const QString &ruta)
 
 bool exportarPdf(QTableView *tabla, const QString &ruta)
 {
-    QWidget *padre = tabla->window();
+    // The dialog may go away while a long job lets events through.
+    const QPointer<QWidget> padre = tabla->window();
     Trabajo trabajo(tabla, QStringLiteral("Exportando a PDF…"), 5);
     // The printer writes a file of its own; it replaces `ruta` only once it is complete.
     QTemporaryFile temporal(QFileInfo(ruta).absolutePath() + QStringLiteral("/.exportar-XXXXXX"));
@@ -943,14 +946,15 @@ QString pedirRuta(QTableView *tabla, const QString &titulo, const QString &exten
 // does not finish.
 void accionCopiar(QTableView *tabla)
 {
+    const QPointer<QWidget> padre = tabla->window();
     Trabajo trabajo(tabla, QStringLiteral("Copiando…"), 20000);
     bool completo = false;
     const QString texto = textoCopia(tabla, trabajo.avance(), &completo);
     if (completo)
         QApplication::clipboard()->setText(texto);
     else if (!trabajo.cancelado())
-        avisarCambio(tabla->window(), QStringLiteral("La tabla cambió mientras se copiaba; no se "
-                                                     "copió nada. Vuelva a intentarlo."));
+        avisarCambio(padre, QStringLiteral("La tabla cambió mientras se copiaba; no se "
+                                           "copió nada. Vuelva a intentarlo."));
 }
 
 void accionCsv(QTableView *tabla)
@@ -977,9 +981,10 @@ void accionImprimir(QTableView *tabla)
     dialogo.setWindowTitle(QStringLiteral("Imprimir"));
     if (dialogo.exec() != QDialog::Accepted || !vigilada)
         return;
+    const QPointer<QWidget> padre = tabla->window();
     Trabajo trabajo(tabla, QStringLiteral("Imprimiendo…"), 5);
     if (imprimirConAvance(tabla, &impresora, trabajo) == 0 && !trabajo.cancelado())
-        avisarFallo(tabla->window(), trabajo, impresora.printerName(),
+        avisarFallo(padre, trabajo, impresora.printerName(),
                     QStringLiteral("la impresora no aceptó el trabajo"));
 }
 

@@ -644,6 +644,22 @@ private slots:
         QCOMPARE(leer(ruta).count("\r\n"), 11);
     }
 
+    void elDialogoSeCierraDuranteLaExportacion()
+    {
+        ModeloLargo modelo(200000, 3, true);
+        auto *t = new QTableView;
+        t->setModel(&modelo);
+        auto d = dialogoCon(t);
+        const QString ruta = tmp.filePath("sin_dialogo.csv");
+        CapturaMensajes cajas;
+        alAparecer<QProgressDialog>([&](QProgressDialog *) { d.reset(); });
+        QVERIFY(!exportarCsv(t, ruta));
+        QVERIFY(!d);
+        QVERIFY(cajas.esperar(1));
+        QVERIFY(cajas.ultimo().texto.startsWith("La tabla cambió"));
+        QVERIFY(!QFile::exists(ruta));
+    }
+
     void errorAlEscribir()
     {
         QTableWidget *t = tablaEjemplo();
