@@ -178,8 +178,8 @@ int main(int argc, char **argv)
         const double msCpu = double(std::clock() - cpu) * 1000.0 / CLOCKS_PER_SEC;
         std::printf("%8d rows: CSV written in %8.1f ms   (target < 3000 ms)%s\n", n, ms,
                     ok ? "" : "  FAILED");
-        std::printf("               of which CPU time     %8.1f ms   (the wall time on an idle "
-                    "machine)\n",
+        std::printf("               of which CPU time     %8.1f ms   (about what an idle machine "
+                    "takes)\n",
                     msCpu);
         std::printf("               longest stretch without events %6.1f ms   (target: a "
                     "progress step, < 100 ms)\n",
