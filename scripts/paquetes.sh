@@ -8,6 +8,7 @@ PAQUETES=(
     xvfb xauth xdotool imagemagick fonts-freefont-ttf librsvg2-bin
     qttranslations5-l10n locales libqt5charts5-dev libssl-dev openssl
     dpkg-dev fakeroot lintian file
+    poppler-utils
 )
 
 instalar_faltantes() {

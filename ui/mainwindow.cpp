@@ -2,6 +2,7 @@
 #include "ui_MainWindow.h"
 
 #include "app/apagado.h"
+#include "app/exportartabla.h"
 #include "app/formato.h"
 #include "app/mensaje.h"
 #include "app/salida.h"
@@ -188,6 +189,7 @@ void MainWindow::abrirDialogo(QWidget *dialogo)
     dialogo->setAttribute(Qt::WA_DeleteOnClose);
     if (auto *d = qobject_cast<QDialog *>(dialogo))
         connect(d, &QDialog::finished, d, [d] { apagarObjeto(d); });
+    exportar::instalarMenusTablas(dialogo);
     dialogo->show();
 }
 
