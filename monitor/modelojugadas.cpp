@@ -79,21 +79,6 @@ QItemSelection ModeloJugadas::seleccionDeNumero(int numero, int primera, int ult
     return seleccion;
 }
 
-void ModeloJugadas::sumarNumero(int numero, int &cantidad, double &suma) const
-{
-    cantidad = 0;
-    suma = 0;
-    if (!m_datos || numero < 0)
-        return;
-    for (int i : m_orden) {
-        const JugadaVenta &j = m_datos->jugadas[std::size_t(i)];
-        if (j.numero == numero && j.estado != JugadaVenta::Eliminado) {
-            ++cantidad;
-            suma += j.monto;
-        }
-    }
-}
-
 int ModeloJugadas::rowCount(const QModelIndex &parent) const
 {
     return parent.isValid() ? 0 : int(m_orden.size());

@@ -47,8 +47,6 @@ public:
     // Cells of `primera`..`ultima` columns of every row whose number is `numero`, as few ranges
     // as the current order allows.
     QItemSelection seleccionDeNumero(int numero, int primera, int ultima) const;
-    // Count and sum, in table order, of the plays of a number that are not deleted.
-    void sumarNumero(int numero, int &cantidad, double &suma) const;
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     int columnCount(const QModelIndex &parent = QModelIndex()) const override;

@@ -21,9 +21,18 @@ const QString kEstiloEncabezado =
     QStringLiteral("background-color: rgb(0, 98, 147);\ncolor: rgb(255, 255, 255);");
 constexpr Qt::Alignment kDerecha = Qt::AlignRight | Qt::AlignVCenter;
 
-QString monto(double valor)
+QString montoCentavos(std::int64_t centavos)
 {
-    return formatoMonto(valor, SesionGlobal::decimales);
+    return formatoMonto(deCentavos(centavos), SesionGlobal::decimales);
+}
+
+QList<double> enUnidades(const QVector<std::int64_t> &centavos)
+{
+    QList<double> r;
+    r.reserve(centavos.size());
+    for (std::int64_t c : centavos)
+        r.append(deCentavos(c));
+    return r;
 }
 
 QTableWidgetItem *celda(const QString &texto)
@@ -339,21 +348,21 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
         agencias->setItem(f, 0, celda(ag.nombre));
         if (fila.jugadas > 1) {
             agencias->setItem(f, 1, celda(QString::number(fila.jugadas), Qt::AlignCenter));
-            agencias->setItem(f, 2, celda(monto(fila.suma), kDerecha));
+            agencias->setItem(f, 2, celda(montoCentavos(fila.centavos), kDerecha));
         } else {
             agencias->setItem(f, 1, celda(QStringLiteral("1")));
-            agencias->setItem(f, 2, celda(monto(fila.suma)));
+            agencias->setItem(f, 2, celda(montoCentavos(fila.centavos)));
         }
         agencias->setItem(f, 3, celda(d.bancas[std::size_t(fila.banca)].nombre));
         agencias->setItem(f, 4, celda(ag.clave));
         m_filaAgencia.insert(ag.clave, f);
     }
 
-    ventaBrutaBanca = QList<double>::fromVector(d.ventaBrutaBanca);
-    comisionBanca = QList<double>::fromVector(d.comisionBanca);
-    ventaNetaBanca = QList<double>::fromVector(d.ventaNetaBanca);
-    premiosBanca = QList<double>::fromVector(d.premiosBanca);
-    utilidadBanca = QList<double>::fromVector(d.utilidadBanca);
+    ventaBrutaBanca = enUnidades(d.ventaBrutaBanca);
+    comisionBanca = enUnidades(d.comisionBanca);
+    ventaNetaBanca = enUnidades(d.ventaNetaBanca);
+    premiosBanca = enUnidades(d.premiosBanca);
+    utilidadBanca = enUnidades(d.utilidadBanca);
 
     m_ventaBruta = d.ventaBruta;
     m_comision = d.comision;
@@ -365,12 +374,12 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
     tbancas->setRowCount(nb);
     for (int b = 0; b < nb; ++b) {
         tbancas->setItem(b, 0, celda(m_listas.nombresBanca.value(b), kDerecha));
-        tbancas->setItem(b, 1, celda(monto(ventaBrutaBanca.value(b)), kDerecha));
-        tbancas->setItem(b, 2, celda(monto(comisionBanca.value(b)), kDerecha));
-        tbancas->setItem(b, 3, celda(monto(ventaNetaBanca.value(b)), kDerecha));
-        tbancas->setItem(b, 4, celda(monto(premiosBanca.value(b)), kDerecha));
-        QTableWidgetItem *utilidad = celda(monto(utilidadBanca.value(b)), kDerecha);
-        if (utilidadBanca.value(b) < 0)
+        tbancas->setItem(b, 1, celda(montoCentavos(d.ventaBrutaBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 2, celda(montoCentavos(d.comisionBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 3, celda(montoCentavos(d.ventaNetaBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 4, celda(montoCentavos(d.premiosBanca.value(b)), kDerecha));
+        QTableWidgetItem *utilidad = celda(montoCentavos(d.utilidadBanca.value(b)), kDerecha);
+        if (d.utilidadBanca.value(b) < 0)
             utilidad->setForeground(QBrush(Qt::red));
         tbancas->setItem(b, 5, utilidad);
     }
@@ -396,26 +405,26 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
 
 void Monitor2::mostrarTotales()
 {
-    const double neta = m_ventaBruta - m_comision;
-    const double premios = m_ventas ? m_ventas->premios : 0.0;
-    const double utilidad = neta - premios;
+    const std::int64_t neta = m_ventaBruta - m_comision;
+    const std::int64_t premios = m_ventas ? m_ventas->premios : 0;
+    const std::int64_t utilidad = neta - premios;
     ui->label_jugadas->setText(QString::number(m_ventas ? m_ventas->cantidad : 0));
-    ui->label_monto->setText(monto(m_ventaBruta));
-    ui->lineEdit_vbrutaS->setText(monto(m_ventaBruta));
-    ui->label_montott->setText(monto(m_ventaBruta));
-    ui->lineEdit_comisionS->setText(monto(m_comision));
-    ui->label_comisiont->setText(monto(m_comision));
-    ui->lineEdit_vnetaS->setText(monto(neta));
-    ui->label_ventaneta->setText(monto(neta));
-    ui->lineEdit_premioS->setText(monto(premios));
-    ui->label_premios->setText(monto(premios));
+    ui->label_monto->setText(montoCentavos(m_ventaBruta));
+    ui->lineEdit_vbrutaS->setText(montoCentavos(m_ventaBruta));
+    ui->label_montott->setText(montoCentavos(m_ventaBruta));
+    ui->lineEdit_comisionS->setText(montoCentavos(m_comision));
+    ui->label_comisiont->setText(montoCentavos(m_comision));
+    ui->lineEdit_vnetaS->setText(montoCentavos(neta));
+    ui->label_ventaneta->setText(montoCentavos(neta));
+    ui->lineEdit_premioS->setText(montoCentavos(premios));
+    ui->label_premios->setText(montoCentavos(premios));
     mostrarUtilidad(utilidad);
 }
 
-void Monitor2::mostrarUtilidad(double utilidad)
+void Monitor2::mostrarUtilidad(std::int64_t utilidad)
 {
-    ui->lineEdit_utilidadS->setText(monto(utilidad));
-    ui->label_utilidad->setText(monto(utilidad));
+    ui->lineEdit_utilidadS->setText(montoCentavos(utilidad));
+    ui->label_utilidad->setText(montoCentavos(utilidad));
     ui->label_utilidad->setStyleSheet(utilidad < 0 ? SesionGlobal::colorRojo : QString());
 }
 
@@ -431,9 +440,11 @@ void Monitor2::actualizar_resumen(QString _numero, double _monto)
     if (fila >= 0) {
         const QTableWidgetItem *montoItem = tabla->item(fila, 2);
         const QTableWidgetItem *jugItem = tabla->item(fila, 3);
-        const double suma = (montoItem ? montoItem->text().toDouble() : 0.0) + _monto;
+        // Both figures in whole cents, so the sum is exact.
+        const std::int64_t suma =
+            aCentavos(montoItem ? montoItem->text().toDouble() : 0.0) + aCentavos(_monto);
         const int jugadas = (jugItem ? jugItem->text().toInt() : 0) + 1;
-        tabla->setItem(fila, 2, celda(QString::number(suma, 'f', 2), kDerecha));
+        tabla->setItem(fila, 2, celda(QString::number(deCentavos(suma), 'f', 2), kDerecha));
         tabla->setItem(fila, 3, celda(QString::number(jugadas), kDerecha));
         return;
     }
@@ -441,7 +452,8 @@ void Monitor2::actualizar_resumen(QString _numero, double _monto)
     tabla->insertRow(fila);
     tabla->setItem(fila, 0, celda(_numero));
     tabla->setItem(fila, 1, celda(animal(cjuegoActual(), _numero)));
-    tabla->setItem(fila, 2, celda(QString::number(_monto, 'f', 2), kDerecha));
+    tabla->setItem(fila, 2,
+                   celda(QString::number(deCentavos(aCentavos(_monto)), 'f', 2), kDerecha));
     tabla->setItem(fila, 3, celda(QStringLiteral("1"), kDerecha));
 }
 
@@ -460,19 +472,18 @@ void Monitor2::click_numero(QString numero)
 
     const QString cjuego = cjuegoActual();
     ui->lineEdit_animal->setText(animal(cjuego, numero));
-    int cantidad = 0;
-    double suma = 0;
-    m_modelo->sumarNumero(n, cantidad, suma);
-    const double premio = m_listas.factoresSorteo.value(ui->comboBox->currentIndex()) * suma;
-    ui->lineEdit_jugadas->setText(QString::number(cantidad));
-    ui->lineEdit_monto->setText(monto(suma));
-    ui->lineEdit_premio->setText(monto(premio));
+    // The prize is the draw's factor times each play, each rounded to the cent, summed.
+    const DatosVentas::Numero vacio;
+    const DatosVentas::Numero &num = n >= 0 ? m_ventas->numeros[std::size_t(n)] : vacio;
+    ui->lineEdit_jugadas->setText(QString::number(num.jugadas));
+    ui->lineEdit_monto->setText(montoCentavos(num.centavos));
+    ui->lineEdit_premio->setText(montoCentavos(num.premio));
 
     const QString csorteo = csorteoActual();
     if (hayResultado(cjuego, csorteo) && resultado(cjuego, csorteo) == numero) {
-        ui->lineEdit_premioS->setText(monto(premio));
-        ui->label_premios->setText(monto(premio));
-        mostrarUtilidad(m_ventaBruta - m_comision - premio);
+        ui->lineEdit_premioS->setText(montoCentavos(num.premio));
+        ui->label_premios->setText(montoCentavos(num.premio));
+        mostrarUtilidad(m_ventaBruta - m_comision - num.premio);
     }
 }
 

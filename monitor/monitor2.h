@@ -78,7 +78,7 @@ private:
 
     void configurarTablas();
     void mostrarTotales();
-    void mostrarUtilidad(double utilidad);
+    void mostrarUtilidad(std::int64_t utilidad);
     QString cjuegoActual() const;
     QString csorteoActual() const;
 
@@ -96,6 +96,6 @@ private:
     QTimer *m_timer = nullptr;
     QTime m_hora;
 
-    double m_ventaBruta = 0;
-    double m_comision = 0;
+    std::int64_t m_ventaBruta = 0; // cents
+    std::int64_t m_comision = 0;
 };

@@ -4,6 +4,7 @@
 
 #include <QTime>
 
+#include <cmath>
 #include <cstring>
 #include <string>
 
@@ -97,46 +98,6 @@ struct Campo {
     bool es(char c) const { return n == 1 && *p == c; }
 };
 
-// Running state of one number of the per-number summary. The summary adds each play to the
-// amount it shows with two decimals and reads it back, so the sum is rounded to cents at each
-// step; whole cents are added exactly as integers, which gives the same texts, and anything
-// else falls back to the same rounding step by step.
-struct SumaResumen {
-    int fila = -1;
-    bool exacto = true;
-    std::int64_t centavos = 0;
-    double valor = 0;
-
-    void agregar(double monto, bool montoExacto, std::int64_t c, bool primera)
-    {
-        if (primera) {
-            exacto = montoExacto;
-            if (exacto)
-                centavos = c;
-            else
-                valor = QString::number(monto, 'f', 2).toDouble();
-            return;
-        }
-        if (exacto && montoExacto) {
-            const std::int64_t suma = centavos + c;
-            if (suma < kLimiteCentavos && suma > -kLimiteCentavos) {
-                centavos = suma;
-                return;
-            }
-        }
-        if (exacto) {
-            valor = double(centavos) / 100.0;
-            exacto = false;
-        }
-        valor = QString::number(valor + monto, 'f', 2).toDouble();
-    }
-
-    QString texto() const
-    {
-        return QString::number(exacto ? double(centavos) / 100.0 : valor, 'f', 2);
-    }
-};
-
 } // namespace
 
 double leerMonto(const char *p, int n, bool *exacto, std::int64_t *centavos)
@@ -190,6 +151,19 @@ double leerMonto(const char *p, int n, bool *exacto, std::int64_t *centavos)
         }
     }
     return valor;
+}
+
+std::int64_t redondearCentavos(double centavos)
+{
+    // Also false for NaN.
+    if (!(std::fabs(centavos) < 1e14))
+        return 0;
+    return std::llround(centavos);
+}
+
+std::int64_t aCentavos(double monto)
+{
+    return redondearCentavos(monto * 100.0);
 }
 
 int leerHora(const char *p, int n)
@@ -249,11 +223,11 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
     DatosVentas d;
     d.bruto = bruto;
     const int nb = listas.indiceBancas.size();
-    d.ventaBrutaBanca.fill(0.0, nb);
-    d.comisionBanca.fill(0.0, nb);
-    d.ventaNetaBanca.fill(0.0, nb);
-    d.premiosBanca.fill(0.0, nb);
-    d.utilidadBanca.fill(0.0, nb);
+    d.ventaBrutaBanca.fill(0, nb);
+    d.comisionBanca.fill(0, nb);
+    d.ventaNetaBanca.fill(0, nb);
+    d.premiosBanca.fill(0, nb);
+    d.utilidadBanca.fill(0, nb);
     d.hayResultado = listas.hayResultado(cjuego, csorteo);
     d.resultado = listas.resultado(cjuego, csorteo);
 
@@ -264,7 +238,7 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
     d.jugadas.reserve(std::size_t(bruto.size() / 48 + 16));
 
     Internador bancas, agencias, numeros;
-    std::vector<SumaResumen> sumas;
+    std::vector<int> filaResumen;
     std::vector<int> filaDeAgencia;
     std::string clave;
     Campo f[12];
@@ -314,7 +288,7 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
         if (nuevo) {
             const QString numero = f[7].texto();
             d.numeros.push_back({numero, listas.animal(cjuego, numero)});
-            sumas.emplace_back();
+            filaResumen.push_back(-1);
             if (d.hayResultado && numero == d.resultado)
                 d.numeroGanador = j.numero;
         }
@@ -335,47 +309,55 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
         if (j.estado == JugadaVenta::Eliminado)
             continue;
 
+        // Every figure in whole cents before it is summed.
+        const std::int64_t cts = exacto ? centavos : aCentavos(j.monto);
+        const std::int64_t comision =
+            redondearCentavos(d.agencias[std::size_t(j.agencia)].comision * double(cts));
+        const std::int64_t premioSiSale = redondearCentavos(factor * double(cts));
+
         // Per-number summary.
-        SumaResumen &s = sumas[std::size_t(j.numero)];
-        const bool primera = s.fila < 0;
-        if (primera) {
-            s.fila = int(d.resumen.size());
+        DatosVentas::Numero &num = d.numeros[std::size_t(j.numero)];
+        int &fr = filaResumen[std::size_t(j.numero)];
+        if (fr < 0) {
+            fr = int(d.resumen.size());
             d.resumen.push_back({j.numero, QString(), 0});
         }
-        s.agregar(j.monto, exacto, centavos, primera);
-        ++d.resumen[std::size_t(s.fila)].jugadas;
+        ++d.resumen[std::size_t(fr)].jugadas;
+        ++num.jugadas;
+        num.centavos += cts;
+        num.premio += premioSiSale;
 
         // Per-agency row.
         int &fila = filaDeAgencia[std::size_t(j.agencia)];
         if (fila < 0) {
             fila = int(d.filasAgencia.size());
-            d.filasAgencia.push_back({j.agencia, j.banca, 1, j.monto});
+            d.filasAgencia.push_back({j.agencia, j.banca, 1, cts});
         } else {
             DatosVentas::FilaAgencia &fa = d.filasAgencia[std::size_t(fila)];
             ++fa.jugadas;
-            fa.suma += j.monto;
+            fa.centavos += cts;
         }
 
-        const double comision = d.agencias[std::size_t(j.agencia)].comision * j.monto;
-        d.ventaBruta += j.monto;
+        d.ventaBruta += cts;
         d.comision += comision;
         ++d.cantidad;
         if (d.hayResultado) {
-            d.ventaBrutaResultado += j.monto;
+            d.ventaBrutaResultado += cts;
             d.comisionResultado += comision;
-            const double premio = j.numero == d.numeroGanador ? factor * j.monto : 0.0;
+            const std::int64_t premio = j.numero == d.numeroGanador ? premioSiSale : 0;
             d.premios += premio;
             const int ib = d.bancas[std::size_t(j.banca)].indiceBanca;
             if (ib >= 0) {
-                d.ventaBrutaBanca[ib] += j.monto;
+                d.ventaBrutaBanca[ib] += cts;
                 d.comisionBanca[ib] += comision;
-                d.ventaNetaBanca[ib] += j.monto - comision;
+                d.ventaNetaBanca[ib] += cts - comision;
                 d.premiosBanca[ib] += premio;
-                d.utilidadBanca[ib] += j.monto - comision - premio;
+                d.utilidadBanca[ib] += cts - comision - premio;
             }
         }
     }
     for (auto &fila : d.resumen)
-        fila.monto = sumas[std::size_t(fila.numero)].texto();
+        fila.monto =
+            QString::number(deCentavos(d.numeros[std::size_t(fila.numero)].centavos), 'f', 2);
     return d;
 }

@@ -618,6 +618,39 @@ private slots:
             QVERIFY(tb->item(f, 5)->foreground().color() != QColor(Qt::red));
     }
 
+    void equilibrioExactoSinRojo()
+    {
+        // 26.00 sold at 10 % commission, 0.78 of it on the result "00" at factor 30: the net
+        // sale and the prizes are both 23.40 and the utility is exactly nothing (summed as
+        // binary fractions it comes out a hair below zero).
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        QVERIFY(e.ventas(0, "1,10:00:00,0,0,1,2001,s,00,0.78,0,,\n"
+                            "1,10:01:00,0,0,1,2002,s,5,25.22,0,,\n"));
+        QCOMPARE(e.totales(),
+                 (QStringList{"2", "26.00", "26.00", "2.60", "23.40", "23.40", "0.00"}));
+        QCOMPARE(e.totalesS(), (QStringList{"26.00", "2.60", "23.40", "23.40", "0.00"}));
+        QCOMPARE(e.w<QLabel>("label_utilidad")->styleSheet(), QString());
+        QCOMPARE(e.w<QLineEdit>("lineEdit_utilidadS")->styleSheet(), QString());
+        QTableWidget *tb = e.tabla("tableWidget_tbancas");
+        QCOMPARE(Escena::contenido(tb).value(3),
+                 (QStringList{"Banca Uno Bis", "26.00", "2.60", "23.40", "23.40", "0.00"}));
+        QVERIFY(tb->item(3, 5)->foreground().color() != QColor(Qt::red));
+        // The winning number's click gives the same figures.
+        e.m->click_numero("00");
+        QCOMPARE(e.label("label_utilidad"), QStringLiteral("0.00"));
+        QCOMPARE(e.w<QLabel>("label_utilidad")->styleSheet(), QString());
+        // Rows add up to the totals: 0.10 + 0.20 is 0.30, not 0.30000000000000004.
+        QVERIFY(e.ventas(1, "1,10:00:00,0,0,1,2001,s,5,0.10,0,,\n"
+                            "1,10:01:00,0,0,1,2002,s,5,0.20,0,,\n"
+                            "1,10:02:00,0,0,1,2003,s,5,0.30,0,,\n"));
+        QCOMPARE(e.m->ventaBrutaBanca.value(3), 0.0); // draw 12 has no result
+        QCOMPARE(e.label("label_monto"), QStringLiteral("0.60"));
+        QCOMPARE(Escena::celda(e.tabla("tableWidget_resumen_numeros"), 0, 2),
+                 QStringLiteral("0.60"));
+    }
+
     void ventasVaciasYBotonOcupado()
     {
         Escena e;
@@ -754,20 +787,21 @@ private slots:
             e.m->click_numero(n);
             QVector<int> filas;
             int cuenta = 0;
-            double suma = 0;
+            qint64 suma = 0, premio = 0;
             for (int f = 0; f < v.jugadas.size(); ++f) {
                 if (v.jugadas[f][4] != n)
                     continue;
                 filas << f;
                 if (v.jugadas[f][7] != "Eliminado") {
                     ++cuenta;
-                    suma += v.montos[f];
+                    suma += literal::cts(v.montos[f]);
+                    premio += literal::redondear(factor * literal::cts(v.montos[f]));
                 }
             }
             QCOMPARE(e.seleccionadas(), filas);
             QCOMPARE(e.campo("lineEdit_jugadas"), QString::number(cuenta));
-            QCOMPARE(e.campo("lineEdit_monto"), formatoMonto(suma, decimales));
-            QCOMPARE(e.campo("lineEdit_premio"), formatoMonto(factor * suma, decimales));
+            QCOMPARE(e.campo("lineEdit_monto"), literal::enTexto(suma, decimales));
+            QCOMPARE(e.campo("lineEdit_premio"), literal::enTexto(premio, decimales));
             QCOMPARE(e.campo("lineEdit_animal"), L.animal(cj, n));
         }
     }

@@ -106,7 +106,7 @@ private slots:
         // "X\r" is not "X".
         QCOMPARE(d.jugadas[4].estado, std::uint8_t(JugadaVenta::Ninguno));
         QCOMPARE(d.cantidad, 4);
-        QCOMPARE(d.ventaBruta, 2.5);
+        QCOMPARE(d.ventaBruta, std::int64_t(250));
         QCOMPARE(d.bancas[std::size_t(d.jugadas[0].banca)].nombre, QStringLiteral("Uno"));
         QCOMPARE(d.agencias[std::size_t(d.jugadas[1].agencia)].clave, QStringLiteral("1001"));
         QVERIFY(!d.hayResultado);
