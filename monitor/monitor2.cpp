@@ -88,6 +88,14 @@ Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
 
 Monitor2::~Monitor2()
 {
+    // Requests still out are aborted with their managers; no reply may reach a handler of a
+    // dialog that is going away.
+    m_timer->stop();
+    for (QNetworkAccessManager *red :
+         {m_redSorteos, m_redBancas, m_redAgencias, m_redResultados, m_redVentas}) {
+        disconnect(red, nullptr, this, nullptr);
+        delete red;
+    }
     delete ui;
 }
 
@@ -185,14 +193,42 @@ void Monitor2::cargarResultados()
     const QString ruta = QStringLiteral("monitorresultados.php?&f=") +
                          ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd"));
     qDebug().noquote() << red::urlPeticion(ruta);
-    red::get(m_redResultados, ruta);
+    Pedido p = pedidoActual();
+    p.resultados = ++m_resultadosPedidos;
+    m_pedidos.insert(red::get(m_redResultados, ruta), p);
 }
 
 void Monitor2::respuestaResultados(QNetworkReply *reply)
 {
     const QString texto = red::textoRespuesta(reply);
+    const Pedido p = m_pedidos.take(reply);
     reply->deleteLater();
-    m_listas.cargarResultados(texto);
+    // Results are per date; a reply for another date, or older than the one applied, is
+    // dropped.
+    if (p.fecha == ui->dateEdit_fecha->date() && p.resultados > m_resultadosAplicados) {
+        m_listas.cargarResultados(texto);
+        m_resultadosAplicados = p.resultados;
+    }
+    m_resultadosAtendidos = qMax(m_resultadosAtendidos, p.resultados);
+    atenderVentasEnEspera();
+}
+
+Monitor2::Pedido Monitor2::pedidoActual() const
+{
+    Pedido p;
+    p.fecha = ui->dateEdit_fecha->date();
+    p.indice = ui->comboBox->currentIndex();
+    p.cjuego = cjuegoActual();
+    p.csorteo = csorteoActual();
+    p.resultados = m_resultadosPedidos;
+    return p;
+}
+
+bool Monitor2::vigente(const Pedido &p) const
+{
+    const Pedido ahora = pedidoActual();
+    return p.fecha == ahora.fecha && p.indice == ahora.indice && p.cjuego == ahora.cjuego &&
+           p.csorteo == ahora.csorteo;
 }
 
 // ---- lookups ----
@@ -247,6 +283,8 @@ void Monitor2::mhora()
 
 void Monitor2::on_comboBox_currentIndexChanged(int)
 {
+    if (m_ventasEnEspera && !vigente(m_pedidoEnEspera))
+        descartarVentas();
     if (ui->comboBox->count() > 0) {
         limpiar();
         cargarResultados();
@@ -255,6 +293,8 @@ void Monitor2::on_comboBox_currentIndexChanged(int)
 
 void Monitor2::on_dateEdit_fecha_dateChanged(const QDate &)
 {
+    if (m_ventasEnEspera && !vigente(m_pedidoEnEspera))
+        descartarVentas();
     limpiar();
     cargarResultados();
 }
@@ -296,16 +336,56 @@ void Monitor2::on_pushButton_actualizar_clicked()
 {
     cargarResultados();
     ui->pushButton_actualizar->setEnabled(false);
-    red::get(m_redVentas, QStringLiteral("monitorventas.php?&f=") +
-                              ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd")) +
-                              QStringLiteral("&j=") + cjuegoActual());
+    QNetworkReply *reply = red::get(
+        m_redVentas, QStringLiteral("monitorventas.php?&f=") +
+                         ui->dateEdit_fecha->date().toString(QStringLiteral("yyyy-MM-dd")) +
+                         QStringLiteral("&j=") + cjuegoActual());
+    m_pedidos.insert(reply, pedidoActual());
 }
 
 void Monitor2::respuestaVentas(QNetworkReply *reply)
 {
-    const QByteArray bruto = red::bytesRespuesta(reply);
+    QByteArray bruto = red::bytesRespuesta(reply);
+    const Pedido p = m_pedidos.take(reply);
     reply->deleteLater();
+    if (!vigente(p)) {
+        m_ventasEnEspera = false;
+        descartarVentas();
+        return;
+    }
+    // The results sent with this press decide Premios and the winning plays: wait for them.
+    if (m_resultadosAtendidos < p.resultados) {
+        m_ventasEnEspera = true;
+        m_brutoEnEspera = std::move(bruto);
+        m_pedidoEnEspera = p;
+        return;
+    }
+    mostrarVentas(bruto);
+}
 
+void Monitor2::atenderVentasEnEspera()
+{
+    if (!m_ventasEnEspera || m_resultadosAtendidos < m_pedidoEnEspera.resultados)
+        return;
+    m_ventasEnEspera = false;
+    const QByteArray bruto = std::move(m_brutoEnEspera);
+    m_brutoEnEspera = QByteArray();
+    if (vigente(m_pedidoEnEspera))
+        mostrarVentas(bruto);
+    else
+        descartarVentas();
+}
+
+void Monitor2::descartarVentas()
+{
+    m_ventasEnEspera = false;
+    m_brutoEnEspera = QByteArray();
+    ui->pushButton_actualizar->setEnabled(true);
+    emit ventasDescartadas();
+}
+
+void Monitor2::mostrarVentas(const QByteArray &bruto)
+{
     ui->tableWidget->setSortingEnabled(false);
     ui->tableWidget_resumen_numeros->setSortingEnabled(false);
     limpiar();

@@ -68,8 +68,24 @@ public slots:
 signals:
     // Emitted when a sales reply has been shown completely (tables filled and sorted).
     void ventasMostradas();
+    // Emitted when a sales reply was dropped because the date or draw changed meanwhile.
+    void ventasDescartadas();
 
 private:
+    // What a request was sent for: a reply counts only while these are still the current ones.
+    struct Pedido {
+        QDate fecha;
+        int indice = -1;
+        QString cjuego;
+        QString csorteo;
+        quint64 resultados = 0; // the results request sent with it (its number)
+    };
+    Pedido pedidoActual() const;
+    bool vigente(const Pedido &p) const;
+    void mostrarVentas(const QByteArray &bruto);
+    void descartarVentas();
+    void atenderVentasEnEspera();
+
     void respuestaSorteos(QNetworkReply *reply);
     void respuestaBancas(QNetworkReply *reply);
     void respuestaAgencias(QNetworkReply *reply);
@@ -95,6 +111,16 @@ private:
     QNetworkAccessManager *m_redVentas = nullptr;
     QTimer *m_timer = nullptr;
     QTime m_hora;
+
+    // Results requests are numbered; a results reply older than the one applied is dropped,
+    // and a sales reply waits until the results reply sent with it has been handled.
+    quint64 m_resultadosPedidos = 0;
+    quint64 m_resultadosAplicados = 0;
+    quint64 m_resultadosAtendidos = 0;
+    QHash<QNetworkReply *, Pedido> m_pedidos;
+    bool m_ventasEnEspera = false;
+    QByteArray m_brutoEnEspera;
+    Pedido m_pedidoEnEspera;
 
     std::int64_t m_ventaBruta = 0; // cents
     std::int64_t m_comision = 0;

@@ -15,7 +15,9 @@
 #include <QNetworkAccessManager>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QPointer>
 #include <QTabWidget>
+#include <QThread>
 #include <QTableView>
 #include <QTableWidget>
 
@@ -690,6 +692,138 @@ private slots:
         QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), 0);
         QCOMPARE(e.m->ventaBrutaBanca, (QList<double>{0, 0, 0, 0}));
         QTRY_COMPARE(e.fin[3], 5);
+    }
+
+    void cambioDeSorteoConVentasEnCamino()
+    {
+        // The draw changes while its sales are on their way: they are not shown under the
+        // new draw's name, and the button comes back.
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        e.srv.demorar("monitorventas.php", 1200);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,00,10,0,,\n");
+        QSignalSpy mostradas(e.m.get(), &Monitor2::ventasMostradas);
+        QSignalSpy descartadas(e.m.get(), &Monitor2::ventasDescartadas);
+        const int antes = e.fin[4];
+        e.boton()->click();
+        QVERIFY(!e.boton()->isEnabled());
+        e.combo()->setCurrentIndex(2);
+        QTRY_COMPARE_WITH_TIMEOUT(e.fin[4], antes + 1, 15000);
+        QCOMPARE(descartadas.size(), 1);
+        QCOMPARE(mostradas.size(), 0);
+        QVERIFY(e.boton()->isEnabled());
+        QCOMPARE(e.label("label_juego"), QString());
+        QCOMPARE(e.jugadas()->model()->rowCount(), 0);
+        QCOMPARE(e.tabla("tableWidget_resumen_numeros")->rowCount(), 0);
+        QCOMPARE(e.totales(), (QStringList{"0", "0", "0", "0", "0", "0", "0"}));
+        // The same press on the new draw shows it, with its own name.
+        e.srv.demorar("monitorventas.php", 0);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,1,10,0,,\n");
+        e.boton()->click();
+        QVERIFY(mostradas.wait(10000));
+        QCOMPARE(e.label("label_juego"), QStringLiteral("Granjita 5PM"));
+        QCOMPARE(e.campo("lineEdit_animal"), QStringLiteral("UnoBis"));
+    }
+
+    void cambioDeFechaConVentasEnCamino()
+    {
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        e.srv.demorar("monitorventas.php", 1200);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,00,10,0,,\n");
+        QSignalSpy descartadas(e.m.get(), &Monitor2::ventasDescartadas);
+        const int antes = e.fin[4];
+        e.boton()->click();
+        e.w<QDateEdit>("dateEdit_fecha")->setDate(QDate(2026, 3, 14));
+        QTRY_COMPARE_WITH_TIMEOUT(e.fin[4], antes + 1, 15000);
+        QCOMPARE(e.label("label_juego"), QString());
+        QCOMPARE(descartadas.size(), 1);
+        QVERIFY(e.boton()->isEnabled());
+        QCOMPARE(e.jugadas()->model()->rowCount(), 0);
+        QCOMPARE(e.label("label_jugadas"), QStringLiteral("0"));
+    }
+
+    void ventasEsperanSusResultados()
+    {
+        // A result is published between two presses; the results reply of the press comes
+        // after its sales reply. The sales still show the prize.
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        QVERIFY(e.ventas(1, "")); // L1-10 draw 12, factor 40, no result yet
+        QVERIFY(!e.m->hayResultado("L1-10", "12"));
+        e.srv.responder("monitorresultados.php", kResultados + "L1-10,12,1\n");
+        e.srv.demorar("monitorresultados.php", 1000);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,1,10,0,,\n"
+                                             "1,10:01:00,0,0,1,2001,s,0,5,0,,\n");
+        e.srv.limpiarPeticiones();
+        QSignalSpy mostradas(e.m.get(), &Monitor2::ventasMostradas);
+        e.boton()->click();
+        QVERIFY(mostradas.wait(15000));
+        QVERIFY(e.m->hayResultado("L1-10", "12"));
+        QCOMPARE(e.label("label_premios"), QStringLiteral("400.00"));
+        QCOMPARE(e.campo("lineEdit_animal"), QStringLiteral("Carnero"));
+        QCOMPARE(e.seleccionadas(), QVector<int>{1});
+        // Same requests as ever, results first.
+        const QString base = "/Tornavo/TornavoSU/";
+        QCOMPARE(e.srv.peticiones().size(), 2);
+        QCOMPARE(e.srv.peticionesA("monitorresultados.php"),
+                 QStringList{base + "monitorresultados.php?&f=2026-03-15"});
+        QCOMPARE(e.srv.peticionesA("monitorventas.php"),
+                 QStringList{base + "monitorventas.php?&f=2026-03-15&j=L1-10"});
+    }
+
+    void resultadosDeOtraFechaNoCuentan()
+    {
+        // The results of the 14th come after those of the 15th, which is the date on screen.
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        e.srv.responderCon("monitorresultados.php", [](const QString &objetivo) -> QByteArray {
+            if (objetivo.endsWith("2026-03-14")) {
+                QThread::msleep(1200);
+                return "cabecera\nL1-10,10,1\n";
+            }
+            return "cabecera\nL1-10,10,2\n";
+        });
+        const int antes = e.fin[3];
+        auto *fecha = e.w<QDateEdit>("dateEdit_fecha");
+        fecha->setDate(QDate(2026, 3, 14));
+        fecha->setDate(QDate(2026, 3, 16));
+        QTRY_COMPARE_WITH_TIMEOUT(e.fin[3], antes + 2, 15000);
+        QCOMPARE(e.m->resultado("L1-10", "10"), QStringLiteral("2"));
+        // An older reply for the date on screen does not replace a newer one either.
+        e.srv.responderCon("monitorresultados.php", [](const QString &) -> QByteArray {
+            static int n = 0;
+            if (n++ == 0) {
+                QThread::msleep(1200);
+                return "cabecera\nL1-10,10,viejo\n";
+            }
+            return "cabecera\nL1-10,10,nuevo\n";
+        });
+        e.m->cargarResultados();
+        QTest::qWait(200);
+        e.m->cargarResultados();
+        QTRY_COMPARE_WITH_TIMEOUT(e.fin[3], antes + 4, 15000);
+        QCOMPARE(e.m->resultado("L1-10", "10"), QStringLiteral("nuevo"));
+    }
+
+    void cerrarConPeticionesEnCamino()
+    {
+        // The dialog is destroyed while every channel has a request out.
+        Escena e;
+        e.srv.demorar("monitorsorteos2.php", 800);
+        e.srv.demorar("monitorresultados.php", 800);
+        e.srv.demorar("monitorventas.php", 800);
+        e.abrir();
+        e.boton()->click();
+        QPointer<Monitor2> vivo(e.m.get());
+        e.m.reset();
+        QVERIFY(vivo.isNull());
+        QTest::qWait(1500);
+        QVERIFY(e.srv.peticionesA("monitorventas.php").size() <= 1);
     }
 
     void resumenPasoAPasoIgualAlCargado()
