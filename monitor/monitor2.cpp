@@ -9,6 +9,7 @@
 #include <QDebug>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QLocale>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTableWidget>
@@ -81,6 +82,9 @@ Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
     m_timer = new QTimer(this);
     connect(m_timer, &QTimer::timeout, this, &Monitor2::mhora);
     m_timer->start(500);
+    m_timerAuto = new QTimer(this);
+    m_timerAuto->setInterval(30000);
+    connect(m_timerAuto, &QTimer::timeout, this, &Monitor2::pulsarAuto);
 
     ui->dateEdit_fecha->setDate(SesionGlobal::fechaActual);
     cargarSoreos();
@@ -91,6 +95,7 @@ Monitor2::~Monitor2()
     // Requests still out are aborted with their managers; no reply may reach a handler of a
     // dialog that is going away.
     m_timer->stop();
+    m_timerAuto->stop();
     for (QNetworkAccessManager *red :
          {m_redSorteos, m_redBancas, m_redAgencias, m_redResultados, m_redVentas}) {
         disconnect(red, nullptr, this, nullptr);
@@ -281,8 +286,49 @@ void Monitor2::mhora()
     ui->label_hora->setText(textoReloj(m_hora));
 }
 
+void Monitor2::setIntervaloAuto(int milisegundos)
+{
+    m_timerAuto->setInterval(milisegundos);
+}
+
+int Monitor2::intervaloAuto() const
+{
+    return m_timerAuto->interval();
+}
+
+void Monitor2::on_checkBox_auto_toggled(bool activo)
+{
+    if (activo)
+        m_timerAuto->start();
+    else
+        m_timerAuto->stop();
+}
+
+void Monitor2::pulsarAuto()
+{
+    // Only while no sales request is out: the button is disabled until its reply is handled.
+    if (ui->pushButton_actualizar->isEnabled() && !m_ventasEnEspera)
+        ui->pushButton_actualizar->click();
+}
+
+void Monitor2::mostrarFrescura(bool hayRespuesta)
+{
+    if (hayRespuesta) {
+        // Same text on every machine, whatever its locale.
+        const QLocale local(QLocale::Spanish, QLocale::Venezuela);
+        ui->label_actualizado->setText(QStringLiteral("Actualizado ") +
+                                       local.toString(reloj(), QStringLiteral("h:mm:ss ap")));
+        ui->label_actualizado->setStyleSheet(QString());
+    } else {
+        ui->label_actualizado->setText(QStringLiteral("Sin respuesta del servidor"));
+        ui->label_actualizado->setStyleSheet(SesionGlobal::colorRojo);
+    }
+}
+
 void Monitor2::on_comboBox_currentIndexChanged(int)
 {
+    ui->label_actualizado->clear();
+    ui->label_actualizado->setStyleSheet(QString());
     if (m_ventasEnEspera && !vigente(m_pedidoEnEspera))
         descartarVentas();
     if (ui->comboBox->count() > 0) {
@@ -293,6 +339,8 @@ void Monitor2::on_comboBox_currentIndexChanged(int)
 
 void Monitor2::on_dateEdit_fecha_dateChanged(const QDate &)
 {
+    ui->label_actualizado->clear();
+    ui->label_actualizado->setStyleSheet(QString());
     if (m_ventasEnEspera && !vigente(m_pedidoEnEspera))
         descartarVentas();
     limpiar();
@@ -397,6 +445,7 @@ void Monitor2::mostrarVentas(const QByteArray &bruto)
 
     auto datos = std::make_shared<DatosVentas>(analizarVentas(
         bruto, m_listas, cjuego, csorteoActual(), m_listas.factoresSorteo.value(indice)));
+    mostrarFrescura(!bruto.isEmpty());
     if (datos->jugadas.empty()) {
         ui->pushButton_actualizar->setFocus();
         emit ventasMostradas();

@@ -39,6 +39,10 @@ public:
     // Banca totals, one entry per entry of ListasMonitor::indiceBancas.
     QList<double> ventaBrutaBanca, comisionBanca, ventaNetaBanca, premiosBanca, utilidadBanca;
 
+    // How often "Auto" presses "Actualizar", in milliseconds (30 s unless changed).
+    void setIntervaloAuto(int milisegundos);
+    int intervaloAuto() const;
+
     // Where the clock takes the time from (the system clock unless replaced).
     std::function<QTime()> reloj = [] {
         return QTime::currentTime();
@@ -64,6 +68,7 @@ public slots:
     void actualizar_resumen(QString _numero, double _monto);
     void on_tableWidget_resumen_numeros_clicked(const QModelIndex &index);
     void click_numero(QString numero);
+    void on_checkBox_auto_toggled(bool activo);
 
 signals:
     // Emitted when a sales reply has been shown completely (tables filled and sorted).
@@ -85,6 +90,8 @@ private:
     void mostrarVentas(const QByteArray &bruto);
     void descartarVentas();
     void atenderVentasEnEspera();
+    void pulsarAuto();
+    void mostrarFrescura(bool hayRespuesta);
 
     void respuestaSorteos(QNetworkReply *reply);
     void respuestaBancas(QNetworkReply *reply);
@@ -110,6 +117,7 @@ private:
     QNetworkAccessManager *m_redResultados = nullptr;
     QNetworkAccessManager *m_redVentas = nullptr;
     QTimer *m_timer = nullptr;
+    QTimer *m_timerAuto = nullptr;
     QTime m_hora;
 
     // Results requests are numbered; a results reply older than the one applied is dropped,

@@ -7,6 +7,7 @@
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QHeaderView>
@@ -824,6 +825,72 @@ private slots:
         QVERIFY(vivo.isNull());
         QTest::qWait(1500);
         QVERIFY(e.srv.peticionesA("monitorventas.php").size() <= 1);
+    }
+
+    void frescuraDeLaCarga()
+    {
+        Escena e;
+        e.abrir();
+        e.m->reloj = [] {
+            return QTime(14, 7, 45);
+        };
+        QVERIFY(e.esperarCarga());
+        QLabel *frescura = e.w<QLabel>("label_actualizado");
+        QCOMPARE(frescura->text(), QString());
+        QVERIFY(e.ventas(0, "1,10:00:00,0,0,1,2001,s,00,10,0,,\n"));
+        // Qt writes the Spanish (Venezuela) "p. m." with a no-break space inside.
+        QCOMPARE(frescura->text(), QString::fromUtf8("Actualizado 2:07:45 p.\u00a0m."));
+        QCOMPARE(frescura->styleSheet(), QString());
+        // No answer at all is not "no sales".
+        QVERIFY(e.ventas(0, ""));
+        QCOMPARE(frescura->text(), QStringLiteral("Sin respuesta del servidor"));
+        QCOMPARE(frescura->styleSheet(), SesionGlobal::colorRojo);
+        QCOMPARE(e.label("label_jugadas"), QStringLiteral("0"));
+        e.m->reloj = [] {
+            return QTime(9, 5, 1);
+        };
+        QVERIFY(e.ventas(0, "\n")); // the server's answer for a draw without sales
+        QCOMPARE(frescura->text(), QString::fromUtf8("Actualizado 9:05:01 a.\u00a0m."));
+        QCOMPARE(frescura->styleSheet(), QString());
+        // The label sits beside the button.
+        QCOMPARE(frescura->parentWidget(), e.boton()->parentWidget());
+    }
+
+    void autoPulsaActualizar()
+    {
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        auto *autom = e.w<QCheckBox>("checkBox_auto");
+        QCOMPARE(autom->text(), QStringLiteral("Auto"));
+        QVERIFY(!autom->isChecked());
+        QCOMPARE(e.m->intervaloAuto(), 30000);
+        e.m->setIntervaloAuto(100);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,00,10,0,,\n");
+        e.srv.limpiarPeticiones();
+        QTest::qWait(500);
+        QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), 0); // off by default
+        autom->setChecked(true);
+        QTRY_VERIFY_WITH_TIMEOUT(e.srv.peticionesA("monitorventas.php").size() >= 2, 15000);
+        QTRY_COMPARE_WITH_TIMEOUT(e.label("label_jugadas"), QStringLiteral("1"), 15000);
+        // Each press asks for the results too.
+        QVERIFY(e.srv.peticionesA("monitorresultados.php").size() >=
+                e.srv.peticionesA("monitorventas.php").size());
+        // While a request is out, no second one is sent.
+        autom->setChecked(false);
+        QTRY_VERIFY_WITH_TIMEOUT(e.boton()->isEnabled(), 15000);
+        e.srv.demorar("monitorventas.php", 4000);
+        const int antes = e.srv.peticionesA("monitorventas.php").size();
+        autom->setChecked(true);
+        QTRY_COMPARE_WITH_TIMEOUT(e.srv.peticionesA("monitorventas.php").size(), antes + 1, 15000);
+        QTest::qWait(800);
+        QVERIFY(!e.boton()->isEnabled());
+        QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), antes + 1);
+        autom->setChecked(false);
+        QTRY_VERIFY_WITH_TIMEOUT(e.boton()->isEnabled(), 15000);
+        const int despues = e.srv.peticionesA("monitorventas.php").size();
+        QTest::qWait(500);
+        QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), despues);
     }
 
     void resumenPasoAPasoIgualAlCargado()
