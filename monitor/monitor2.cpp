@@ -15,6 +15,20 @@
 #include <QTableWidget>
 #include <QTableWidgetItem>
 #include <QTimer>
+#include <QToolTip>
+#include <QCursor>
+#include <QtCharts/QBarCategoryAxis>
+#include <QtCharts/QBarSet>
+#include <QtCharts/QChart>
+#include <QtCharts/QChartView>
+#include <QtCharts/QLineSeries>
+#include <QtCharts/QStackedBarSeries>
+#include <QtCharts/QValueAxis>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace QtCharts;
 
 namespace {
 
@@ -48,6 +62,20 @@ QTableWidgetItem *celda(const QString &texto, Qt::Alignment alineacion)
     return item;
 }
 
+// A cell shown as text and sorted by a number.
+class CeldaNumero : public QTableWidgetItem {
+public:
+    CeldaNumero(const QString &texto, double valor) : QTableWidgetItem(texto)
+    {
+        setData(Qt::UserRole, valor);
+        setTextAlignment(int(Qt::AlignRight | Qt::AlignVCenter));
+    }
+    bool operator<(const QTableWidgetItem &otra) const override
+    {
+        return data(Qt::UserRole).toDouble() < otra.data(Qt::UserRole).toDouble();
+    }
+};
+
 void anchos(QTableView *tabla, const QList<int> &valores)
 {
     for (int c = 0; c < valores.size(); ++c)
@@ -62,6 +90,7 @@ Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
     setWindowTitle(QStringLiteral("Monitorear Ventas"));
     m_modelo = new ModeloJugadas(this);
     configurarTablas();
+    configurarRiesgo();
 
     m_redSorteos = new QNetworkAccessManager(this);
     connect(m_redSorteos, &QNetworkAccessManager::finished, this, &Monitor2::respuestaSorteos);
@@ -376,6 +405,7 @@ void Monitor2::limpiar()
         std::fill(lista->begin(), lista->end(), 0.0);
     m_ventaBruta = 0;
     m_comision = 0;
+    actualizarRiesgo();
 }
 
 // ---- sales ----
@@ -523,6 +553,8 @@ void Monitor2::mostrarVentas(const QByteArray &bruto)
     ui->pushButton_actualizar->setEnabled(true);
     ui->pushButton_actualizar->setFocus();
 
+    actualizarRiesgo();
+
     if (d.hayResultado) {
         ui->lineEdit_animal->setText(animal(cjuego, d.resultado));
         ui->tableWidget->selectionModel()->select(
@@ -662,4 +694,153 @@ void Monitor2::on_tableWidget_resumen_numeros_clicked(const QModelIndex &index)
     click_numero(numero);
     lista->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
     lista->setSortingEnabled(true);
+}
+
+// ---- risk page ----
+
+void Monitor2::configurarRiesgo()
+{
+    QTableWidget *tabla = ui->tableWidget_riesgo;
+    tabla->setColumnCount(6);
+    tabla->setHorizontalHeaderLabels({QStringLiteral("#"), QStringLiteral("Nombre"),
+                                      QStringLiteral("Jugado"), QStringLiteral("Premio si sale"),
+                                      QStringLiteral("% Venta Neta"),
+                                      QStringLiteral("Resultado si sale")});
+    anchos(tabla, {36, 75, 80, 110, 100, 125});
+    tabla->verticalHeader()->hide();
+    tabla->horizontalHeader()->setStyleSheet(kEstiloEncabezado);
+    ui->splitter_riesgo->setStretchFactor(0, 3);
+    ui->splitter_riesgo->setStretchFactor(1, 2);
+    tabla->setEditTriggers(QAbstractItemView::NoEditTriggers);
+
+    auto *grafico = new QChart;
+    grafico->legend()->hide();
+    grafico->setMargins(QMargins(4, 4, 4, 4));
+    grafico->setBackgroundRoundness(0);
+    m_graficoRiesgo = new QChartView(grafico, ui->widget_graficoRiesgo);
+    m_graficoRiesgo->setObjectName(QStringLiteral("chartView_riesgo"));
+    m_graficoRiesgo->setRenderHint(QPainter::Antialiasing);
+    ui->layout_graficoRiesgo->addWidget(m_graficoRiesgo);
+}
+
+void Monitor2::on_spinBox_limite_valueChanged(int)
+{
+    actualizarRiesgo();
+}
+
+void Monitor2::actualizarRiesgo()
+{
+    const int indice = ui->comboBox->currentIndex();
+    m_riesgo = m_ventas ? calcularRiesgo(*m_ventas, m_listas.factoresSorteo.value(indice),
+                                         ui->spinBox_limite->value())
+                        : Riesgo();
+    const Riesgo &r = m_riesgo;
+    ui->label_riesgo->setText(r.resumen(SesionGlobal::decimales));
+
+    QTableWidget *tabla = ui->tableWidget_riesgo;
+    tabla->setSortingEnabled(false);
+    tabla->setRowCount(int(r.filas.size()));
+    QFont negrita = tabla->font();
+    negrita.setBold(true);
+    for (int f = 0; f < int(r.filas.size()); ++f) {
+        const FilaRiesgo &fila = r.filas[std::size_t(f)];
+        double p = 0;
+        const bool hayP = r.porcentaje(fila, p);
+        QTableWidgetItem *celdas[6] = {
+            celda(fila.numero),
+            celda(fila.nombre),
+            new CeldaNumero(montoCentavos(fila.jugado), double(fila.jugado)),
+            new CeldaNumero(montoCentavos(fila.premio), double(fila.premio)),
+            new CeldaNumero(hayP ? QString::number(std::llround(p)) + QStringLiteral(" %")
+                                 : QString(),
+                            hayP ? p : 0.0),
+            new CeldaNumero(montoCentavos(fila.resultado), double(fila.resultado))};
+        for (int c = 0; c < 6; ++c) {
+            QTableWidgetItem *item = celdas[c];
+            if (fila.sobreLimite)
+                item->setForeground(QBrush(Qt::red));
+            if (fila.ganador) {
+                item->setFont(negrita);
+                item->setBackground(QBrush(QColor(255, 236, 179)));
+                item->setToolTip(QStringLiteral("Resultado del sorteo"));
+            }
+            tabla->setItem(f, c, item);
+        }
+    }
+    tabla->horizontalHeader()->setSortIndicator(3, Qt::DescendingOrder);
+    tabla->setSortingEnabled(true);
+    dibujarRiesgo();
+}
+
+void Monitor2::dibujarRiesgo()
+{
+    QChart *grafico = m_graficoRiesgo->chart();
+    grafico->removeAllSeries();
+    for (QAbstractAxis *eje : grafico->axes()) {
+        grafico->removeAxis(eje);
+        delete eje;
+    }
+    const Riesgo &r = m_riesgo;
+    if (r.filas.empty())
+        return;
+
+    // One bar per number, in the table's order; the part over the limit line in red.
+    auto *normal = new QBarSet(QStringLiteral("Jugado"));
+    auto *sobre = new QBarSet(QStringLiteral("Sobre el límite"));
+    normal->setColor(QColor(0, 98, 147));
+    sobre->setColor(Qt::red);
+    QStringList categorias;
+    double maximo = std::max(0.0, r.jugadoLimite / 100.0);
+    for (const FilaRiesgo &f : r.filas) {
+        const double jugado = deCentavos(f.jugado);
+        *normal << (f.sobreLimite ? 0.0 : jugado);
+        *sobre << (f.sobreLimite ? jugado : 0.0);
+        categorias << f.numero;
+        maximo = std::max(maximo, jugado);
+    }
+    auto *barras = new QStackedBarSeries;
+    barras->append(normal);
+    barras->append(sobre);
+    barras->setBarWidth(0.8);
+    grafico->addSeries(barras);
+    connect(barras, &QStackedBarSeries::hovered, this, [this](bool dentro, int i, QBarSet *) {
+        if (!dentro || i < 0 || i >= int(m_riesgo.filas.size())) {
+            QToolTip::hideText();
+            return;
+        }
+        const FilaRiesgo &f = m_riesgo.filas[std::size_t(i)];
+        QToolTip::showText(QCursor::pos(), f.numero + QLatin1Char('-') + f.nombre +
+                                               QStringLiteral(": ") + montoCentavos(f.jugado));
+    });
+
+    // The amount whose prize equals the limit.
+    auto *limite = new QLineSeries;
+    limite->setName(QStringLiteral("Límite"));
+    const double y = r.jugadoLimite / 100.0;
+    limite->append(-0.5, y);
+    limite->append(double(r.filas.size()) - 0.5, y);
+    QPen lapiz(QColor(160, 0, 0));
+    lapiz.setWidth(2);
+    lapiz.setStyle(Qt::DashLine);
+    limite->setPen(lapiz);
+    grafico->addSeries(limite);
+
+    auto *ejeX = new QBarCategoryAxis;
+    ejeX->append(categorias);
+    QFont chica = ejeX->labelsFont();
+    chica.setPointSize(7);
+    ejeX->setLabelsFont(chica);
+    // Past a score of numbers the labels no longer fit; the bars then tell their number on
+    // hover.
+    ejeX->setLabelsVisible(categorias.size() <= 20);
+    grafico->addAxis(ejeX, Qt::AlignBottom);
+    barras->attachAxis(ejeX);
+    limite->attachAxis(ejeX);
+    auto *ejeY = new QValueAxis;
+    ejeY->setRange(0, maximo > 0 ? maximo * 1.1 : 1.0);
+    ejeY->setLabelFormat(QStringLiteral("%.0f"));
+    ejeY->setLabelsFont(chica);
+    grafico->addAxis(ejeY, Qt::AlignLeft);
+    barras->attachAxis(ejeY);
+    limite->attachAxis(ejeY);
 }

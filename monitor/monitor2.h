@@ -1,6 +1,7 @@
 #pragma once
 
 #include "monitor/listasmonitor.h"
+#include "monitor/riesgo.h"
 #include "monitor/ventasmonitor.h"
 
 #include <QDate>
@@ -19,6 +20,10 @@ class QNetworkAccessManager;
 class QNetworkReply;
 class QTimer;
 
+namespace QtCharts {
+class QChartView;
+}
+
 namespace Ui {
 class Monitor2;
 }
@@ -35,6 +40,8 @@ public:
 
     const ListasMonitor &listas() const { return m_listas; }
     ModeloJugadas *modeloJugadas() const { return m_modelo; }
+    // The risk figures on the "Riesgo" page, as last computed.
+    const Riesgo &riesgo() const { return m_riesgo; }
 
     // Banca totals, one entry per entry of ListasMonitor::indiceBancas.
     QList<double> ventaBrutaBanca, comisionBanca, ventaNetaBanca, premiosBanca, utilidadBanca;
@@ -69,6 +76,7 @@ public slots:
     void on_tableWidget_resumen_numeros_clicked(const QModelIndex &index);
     void click_numero(QString numero);
     void on_checkBox_auto_toggled(bool activo);
+    void on_spinBox_limite_valueChanged(int limite);
 
 signals:
     // Emitted when a sales reply has been shown completely (tables filled and sorted).
@@ -100,6 +108,9 @@ private:
     void respuestaVentas(QNetworkReply *reply);
 
     void configurarTablas();
+    void configurarRiesgo();
+    void actualizarRiesgo();
+    void dibujarRiesgo();
     void mostrarTotales();
     void mostrarUtilidad(std::int64_t utilidad);
     QString cjuegoActual() const;
@@ -118,6 +129,8 @@ private:
     QNetworkAccessManager *m_redVentas = nullptr;
     QTimer *m_timer = nullptr;
     QTimer *m_timerAuto = nullptr;
+    QtCharts::QChartView *m_graficoRiesgo = nullptr;
+    Riesgo m_riesgo;
     QTime m_hora;
 
     // Results requests are numbered; a results reply older than the one applied is dropped,

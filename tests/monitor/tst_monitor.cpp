@@ -16,6 +16,11 @@
 #include <QNetworkAccessManager>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSpinBox>
+#include <QtCharts/QChartView>
+#include <QtCharts/QLineSeries>
+#include <QtCharts/QStackedBarSeries>
+#include <QtCharts/QBarSet>
 #include <QPointer>
 #include <QTabWidget>
 #include <QThread>
@@ -246,6 +251,9 @@ private slots:
         QCOMPARE(tt->tabText(0), QStringLiteral("General"));
         QCOMPARE(tt->tabText(1), QStringLiteral("Sorteo"));
         QCOMPARE(tt->tabText(2), QStringLiteral("Bancas"));
+        QCOMPARE(tt->tabText(3), QStringLiteral("Riesgo"));
+        QCOMPARE(tt->count(), 4);
+        QCOMPARE(tt->currentIndex(), 0);
         QVERIFY(tn->widget(1)->isAncestorOf(e.jugadas()));
         QVERIFY(tn->widget(0)->isAncestorOf(e.tabla("tableWidget_resumen_numeros")));
         QVERIFY(tt->isAncestorOf(e.tabla("tableWidget_bancas")));
@@ -893,6 +901,90 @@ private slots:
         QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), despues);
     }
 
+    void paginaDeRiesgo()
+    {
+        // Draw 10 of L1-10, factor 30, result "00". Net sale 77.00 - 11.50 = 65.50.
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        const QByteArray v = "1,10:00:00,0,0,1,t1,s,00,10,0,,\n"
+                             "1,10:01:00,0,0,1,t2,s,00,5,0,,\n"
+                             "2,10:02:00,0,0,1,t3,s,1,20,0,,\n"
+                             "1,10:03:00,0,0,1,t4,s,1,100,0,E,\n"
+                             "3,10:04:00,0,0,9,t5,s,0,40,0,,\n"
+                             "2,10:05:00,0,0,1,t6,s,2,2,0,,\n";
+        QVERIFY(e.ventas(0, v));
+        auto *limite = e.w<QSpinBox>("spinBox_limite");
+        QCOMPARE(limite->value(), 100);
+        QCOMPARE(e.label("label_limite"), QString::fromUtf8("Límite %"));
+        QTableWidget *t = e.tabla("tableWidget_riesgo");
+        QCOMPARE(encabezados(t), (QStringList{"#", "Nombre", "Jugado", "Premio si sale",
+                                              "% Venta Neta", "Resultado si sale"}));
+        QCOMPARE(Escena::contenido(t),
+                 (literal::Tabla{{"0", "Delfin", "40.00", "1,200.00", "1832 %", "-1,134.50"},
+                                 {"1", "Carnero", "20.00", "600.00", "916 %", "-534.50"},
+                                 {"00", "Ballena", "15.00", "450.00", "687 %", "-384.50"},
+                                 {"2", "Toro", "2.00", "60.00", "92 %", "5.50"}}));
+        QCOMPARE(e.label("label_riesgo"),
+                 QString::fromUtf8("3 números sobre el límite · peor: 0-Delfin paga 1,200.00 "
+                                   "(1832 % de la venta neta)"));
+        for (int f = 0; f < 4; ++f)
+            for (int c = 0; c < 6; ++c)
+                QCOMPARE(t->item(f, c)->foreground().color() == QColor(Qt::red), f < 3);
+        // The published result's row is marked.
+        for (int f = 0; f < 4; ++f)
+            QCOMPARE(t->item(f, 0)->font().bold(), f == 2);
+        QCOMPARE(t->item(2, 0)->toolTip(), QStringLiteral("Resultado del sorteo"));
+        QCOMPARE(t->item(2, 2)->textAlignment(), int(Qt::AlignRight | Qt::AlignVCenter));
+
+        // The chart: one bar per number in the table's order, red over the limit line.
+        auto *vista = e.m->findChild<QtCharts::QChartView *>("chartView_riesgo");
+        QVERIFY(vista);
+        const auto series = vista->chart()->series();
+        QCOMPARE(series.size(), 2);
+        auto *barras = qobject_cast<QtCharts::QStackedBarSeries *>(series[0]);
+        auto *linea = qobject_cast<QtCharts::QLineSeries *>(series[1]);
+        QVERIFY(barras && linea);
+        QtCharts::QBarSet *normal = barras->barSets().at(0), *rojo = barras->barSets().at(1);
+        QCOMPARE(rojo->color(), QColor(Qt::red));
+        QVERIFY(normal->color() != QColor(Qt::red));
+        QCOMPARE(rojo->count(), 4);
+        const QList<double> rojos = {rojo->at(0), rojo->at(1), rojo->at(2), rojo->at(3)};
+        const QList<double> normales = {normal->at(0), normal->at(1), normal->at(2), normal->at(3)};
+        QCOMPARE(rojos, (QList<double>{40, 20, 15, 0}));
+        QCOMPARE(normales, (QList<double>{0, 0, 0, 2}));
+        QCOMPARE(linea->count(), 2);
+        QVERIFY(qAbs(linea->at(0).y() - 65.5 / 30) < 1e-9);
+        QCOMPARE(linea->at(1).y(), linea->at(0).y());
+
+        // Amounts sort as numbers.
+        t->sortItems(2, Qt::AscendingOrder);
+        QCOMPARE(Escena::celda(t, 0, 2), QStringLiteral("2.00"));
+        QCOMPARE(Escena::celda(t, 1, 2), QStringLiteral("15.00"));
+        t->sortItems(3, Qt::DescendingOrder);
+        QCOMPARE(Escena::celda(t, 0, 3), QStringLiteral("1,200.00"));
+        QCOMPARE(Escena::celda(t, 3, 3), QStringLiteral("60.00"));
+
+        // Another limit: rows, line and summary follow.
+        limite->setValue(1000);
+        QCOMPARE(e.label("label_riesgo"),
+                 QString::fromUtf8("1 número sobre el límite · peor: 0-Delfin paga 1,200.00 "
+                                   "(1832 % de la venta neta)"));
+        QVERIFY(t->item(0, 0)->foreground().color() == QColor(Qt::red));
+        QVERIFY(t->item(1, 0)->foreground().color() != QColor(Qt::red));
+        linea = qobject_cast<QtCharts::QLineSeries *>(vista->chart()->series().at(1));
+        QVERIFY(qAbs(linea->at(0).y() - 655.0 / 30) < 1e-9);
+
+        // The other pages show what they showed.
+        QCOMPARE(e.totales(),
+                 (QStringList{"5", "77.00", "77.00", "11.50", "65.50", "450.00", "-384.50"}));
+        // A change of draw empties the page.
+        e.combo()->setCurrentIndex(1);
+        QCOMPARE(t->rowCount(), 0);
+        QCOMPARE(e.label("label_riesgo"), QString());
+        QCOMPARE(vista->chart()->series().size(), 0);
+    }
+
     void resumenPasoAPasoIgualAlCargado()
     {
         // actualizar_resumen, one play at a time, writes what the bulk load writes.
@@ -1035,14 +1127,18 @@ private slots:
 
 // "mostrar": the dialog with data on screen, for looking at it. With TORNAVO_SERVIDOR set
 // ("127.0.0.1:PORT") it talks to that server, otherwise to the fixture server with sample
-// data. It chooses draw TORNAVO_SORTEO (default 0), asks for the sales, optionally clicks the
-// summary row TORNAVO_CLIC, saves a picture to TORNAVO_CAPTURA and stays TORNAVO_SEGUNDOS.
+// data. It opens on date TORNAVO_FECHA (yyyy-MM-dd, default today), chooses draw TORNAVO_SORTEO
+// (default 0), asks for the sales, optionally clicks the summary row TORNAVO_CLIC, saves a picture
+// to TORNAVO_CAPTURA and stays TORNAVO_SEGUNDOS.
 int TstMonitor::correrEscenario(const QString &nombre)
 {
     if (nombre != QLatin1String("mostrar"))
         return 2;
     SesionGlobal::usuario = qEnvironmentVariable("TORNAVO_USUARIO", "admin");
     SesionGlobal::decimales = 2;
+    if (qEnvironmentVariableIsSet("TORNAVO_FECHA"))
+        SesionGlobal::fechaActual =
+            QDate::fromString(qEnvironmentVariable("TORNAVO_FECHA"), QStringLiteral("yyyy-MM-dd"));
     const RepliesAleatorias r = generarReplies(5, 300);
     Escena e(kSorteos, kBancas + "4,Banca Cuatro\n", kAgencias, kResultados);
     if (qEnvironmentVariableIsSet("TORNAVO_SERVIDOR"))

@@ -1,5 +1,6 @@
 #include "monitor/listasmonitor.h"
 #include "monitor/modelojugadas.h"
+#include "monitor/riesgo.h"
 #include "monitor/ventasmonitor.h"
 
 #include <QRandomGenerator>
@@ -114,6 +115,64 @@ private slots:
         const DatosVentas vacio = analizarVentas(QByteArray(), L, "J", "S", 30);
         QVERIFY(vacio.jugadas.empty());
         QCOMPARE(vacio.ventaBrutaBanca.size(), 1);
+    }
+
+    void riesgoCalculadoAMano()
+    {
+        // Factor 30, net sale 77.00 - 11.50 = 65.50. "00" is played twice, a play of "1" is
+        // deleted, "00" is the published result.
+        ListasMonitor L;
+        L.cargarSorteos("J;Sorteo;1;1;30;0,00,1,2;Delfin,Ballena,Carnero,Toro;S;1 PM\n");
+        L.cargarBancas("1,Uno\n2,Dos\n3,Tres\n");
+        L.cargarAgencias("1,0,0,1,A,J,10\n2,0,0,1,C,J,0\n3,0,0,9,V,J,25\n");
+        L.cargarResultados("cabecera\nJ,S,00\n");
+        const QByteArray v = "1,10:00:00,0,0,1,t1,s,00,10,0,,\n"
+                             "1,10:01:00,0,0,1,t2,s,00,5,0,,\n"
+                             "2,10:02:00,0,0,1,t3,s,1,20,0,,\n"
+                             "1,10:03:00,0,0,1,t4,s,1,100,0,E,\n"
+                             "3,10:04:00,0,0,9,t5,s,0,40,0,,\n"
+                             "2,10:05:00,0,0,1,t6,s,2,2,0,,\n";
+        const DatosVentas d = analizarVentas(v, L, "J", "S", 30);
+        Riesgo r = calcularRiesgo(d, 30, 100);
+        QCOMPARE(r.ventaNeta, std::int64_t(6550));
+        QCOMPARE(int(r.filas.size()), 4);
+        const QStringList numeros = {r.filas[0].numero, r.filas[1].numero, r.filas[2].numero,
+                                     r.filas[3].numero};
+        QCOMPARE(numeros, (QStringList{"0", "1", "00", "2"}));
+        QCOMPARE(r.filas[0].nombre, QStringLiteral("Delfin"));
+        QCOMPARE(r.filas[1].jugado, std::int64_t(2000)); // the deleted 100 is not in
+        QCOMPARE(r.filas[2].jugado, std::int64_t(1500)); // 10 + 5
+        QCOMPARE(r.filas[0].premio, std::int64_t(120000));
+        QCOMPARE(r.filas[2].premio, std::int64_t(45000));
+        QCOMPARE(r.filas[0].resultado, std::int64_t(6550 - 120000));
+        QCOMPARE(r.filas[3].resultado, std::int64_t(550));
+        QVERIFY(r.filas[0].sobreLimite && r.filas[1].sobreLimite && r.filas[2].sobreLimite);
+        QVERIFY(!r.filas[3].sobreLimite); // 60.00 is 92 % of 65.50
+        QVERIFY(r.filas[2].ganador);
+        QVERIFY(!r.filas[0].ganador && !r.filas[1].ganador && !r.filas[3].ganador);
+        double p = 0;
+        QVERIFY(r.porcentaje(r.filas[3], p));
+        QVERIFY(qAbs(p - 6000.0 * 100 / 6550) < 1e-9);
+        QVERIFY(qAbs(r.jugadoLimite - 6550.0 / 30) < 1e-9);
+        QCOMPARE(r.sobreLimite, 3);
+        QCOMPARE(r.resumen(2), QString::fromUtf8("3 números sobre el límite · peor: 0-Delfin paga "
+                                                 "1,200.00 (1832 % de la venta neta)"));
+        r = calcularRiesgo(d, 30, 1000);
+        QCOMPARE(r.sobreLimite, 1);
+        QCOMPARE(r.resumen(0), QString::fromUtf8("1 número sobre el límite · peor: 0-Delfin paga "
+                                                 "1,200 (1832 % de la venta neta)"));
+        r = calcularRiesgo(d, 30, 91);
+        QCOMPARE(r.sobreLimite, 4);
+        // Nothing sold, nothing to say.
+        QCOMPARE(calcularRiesgo(analizarVentas("", L, "J", "S", 30), 30, 100).resumen(2),
+                 QString());
+        // No net sale: every prize is over any limit.
+        L.cargarAgencias("1,0,0,1,A,J,100\n");
+        r = calcularRiesgo(analizarVentas("1,10:00:00,0,0,1,t1,s,1,10,0,,\n", L, "J", "S", 30), 30,
+                           100);
+        QCOMPARE(r.sobreLimite, 1);
+        QCOMPARE(r.resumen(2), QString::fromUtf8("1 número sobre el límite · peor: 1-Carnero paga "
+                                                 "300.00 (sin venta neta)"));
     }
 
     void ordenEstableYDescendente()
