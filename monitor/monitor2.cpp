@@ -89,6 +89,7 @@ Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
     ui->setupUi(this);
     setWindowTitle(QStringLiteral("Monitorear Ventas"));
     m_modelo = new ModeloJugadas(this);
+    m_lugares = new ModeloLugares(this);
     configurarTablas();
     configurarRiesgo();
 
@@ -141,7 +142,7 @@ void Monitor2::configurarTablas()
     };
     preparar(ui->tableWidget_resumen_numeros, {"#", "Nombre", "Monto", "#\nJug"});
     anchos(ui->tableWidget_resumen_numeros, {50, 85, 80, 50});
-    preparar(ui->tableWidget_resumen_agencias, {"Banca", "Nombre Agencia", "Monto"});
+    ui->tableWidget_resumen_agencias->setModel(m_lugares);
     anchos(ui->tableWidget_resumen_agencias, {90, 125, 65});
 
     ui->tableWidget->setModel(m_modelo);
@@ -379,7 +380,8 @@ void Monitor2::on_dateEdit_fecha_dateChanged(const QDate &)
 void Monitor2::limpiar()
 {
     ui->tableWidget_resumen_numeros->setRowCount(0);
-    ui->tableWidget_resumen_agencias->setRowCount(0);
+    ui->tableWidget_resumen_agencias->setSortingEnabled(false);
+    m_lugares->limpiar();
     ui->tableWidget_bancas->setRowCount(0);
     ui->tableWidget_tbancas->setRowCount(0);
     m_modelo->limpiar();
@@ -620,16 +622,14 @@ void Monitor2::actualizar_resumen(QString _numero, double _monto)
 
 void Monitor2::click_numero(QString numero)
 {
+    // Clearing first, then selecting into an empty selection, keeps the selection model's
+    // bookkeeping in proportion to the number's plays.
     const int n = m_modelo->indiceNumero(numero);
     QItemSelectionModel *seleccion = ui->tableWidget->selectionModel();
-    const int filas = m_modelo->rowCount();
-    if (filas > 0) {
-        seleccion->select(QItemSelection(m_modelo->index(0, 0),
-                                         m_modelo->index(filas - 1, ModeloJugadas::ColEstado)),
-                          QItemSelectionModel::Deselect);
+    seleccion->clearSelection();
+    if (n >= 0)
         seleccion->select(m_modelo->seleccionDeNumero(n, 0, ModeloJugadas::ColEstado),
                           QItemSelectionModel::Select);
-    }
 
     const QString cjuego = cjuegoActual();
     ui->lineEdit_animal->setText(animal(cjuego, numero));
@@ -655,16 +655,16 @@ void Monitor2::on_tableWidget_clicked(const QModelIndex &index)
     const bool seleccionada = ui->tableWidget->selectionModel()->isSelected(index);
     const QString numero = m_modelo->texto(index.row(), ModeloJugadas::ColNumero);
     click_numero(numero);
-    ui->tableWidget->selectionModel()->select(
-        m_modelo->seleccionDeNumero(m_modelo->indiceNumero(numero), 0, ModeloJugadas::ColEstado),
-        seleccionada ? QItemSelectionModel::Select : QItemSelectionModel::Deselect);
+    // click_numero left exactly the number's plays selected; deselecting them clears it all.
+    if (!seleccionada)
+        ui->tableWidget->selectionModel()->clearSelection();
 }
 
 void Monitor2::on_tableWidget_resumen_numeros_clicked(const QModelIndex &index)
 {
-    QTableWidget *lista = ui->tableWidget_resumen_agencias;
-    lista->setRowCount(0);
+    QTableView *lista = ui->tableWidget_resumen_agencias;
     lista->setSortingEnabled(false);
+    m_lugares->limpiar();
     const QTableWidgetItem *item = ui->tableWidget_resumen_numeros->item(index.row(), 0);
     if (!item)
         return;
@@ -673,22 +673,16 @@ void Monitor2::on_tableWidget_resumen_numeros_clicked(const QModelIndex &index)
     // One row per play of the number that is not deleted, in the plays table's order.
     const int n = m_modelo->indiceNumero(numero);
     if (n >= 0) {
-        const DatosVentas &d = *m_modelo->datos();
-        std::vector<int> filas;
-        for (int f = 0; f < m_modelo->rowCount(); ++f) {
-            const JugadaVenta &j = m_modelo->jugadaEnFila(f);
-            if (j.numero == n && j.estado != JugadaVenta::Eliminado)
-                filas.push_back(f);
+        const int *f = nullptr, *fin = nullptr;
+        m_modelo->filasDeNumero(n, f, fin);
+        std::vector<int> jugadas;
+        jugadas.reserve(std::size_t(fin - f));
+        for (; f != fin; ++f) {
+            const int i = m_modelo->indiceJugada(*f);
+            if (m_ventas->jugadas[std::size_t(i)].estado != JugadaVenta::Eliminado)
+                jugadas.push_back(i);
         }
-        lista->setRowCount(int(filas.size()));
-        for (int r = 0; r < int(filas.size()); ++r) {
-            const JugadaVenta &j = m_modelo->jugadaEnFila(filas[std::size_t(r)]);
-            lista->setItem(r, 0, celda(d.bancas[std::size_t(j.banca)].nombre));
-            lista->setItem(r, 1, celda(d.agencias[std::size_t(j.agencia)].nombre));
-            lista->setItem(
-                r, 2,
-                celda(m_modelo->texto(filas[std::size_t(r)], ModeloJugadas::ColMonto), kDerecha));
-        }
+        m_lugares->mostrar(m_ventas, std::move(jugadas), SesionGlobal::decimales);
     }
     // click_numero leaves exactly the plays of the number selected.
     click_numero(numero);

@@ -16,6 +16,7 @@
 #include <memory>
 
 class ModeloJugadas;
+class ModeloLugares;
 class QNetworkAccessManager;
 class QNetworkReply;
 class QTimer;
@@ -118,6 +119,7 @@ private:
 
     Ui::Monitor2 *ui;
     ModeloJugadas *m_modelo = nullptr;
+    ModeloLugares *m_lugares = nullptr;
     ListasMonitor m_listas;
     std::shared_ptr<const DatosVentas> m_ventas;
     QHash<QString, int> m_filaAgencia; // long agency code -> per-agency position

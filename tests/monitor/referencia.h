@@ -169,13 +169,16 @@ inline QString enTexto(qint64 centavos, int dec)
     return formatoMonto(double(centavos) / 100.0, dec);
 }
 
-inline void ordenar(Tabla &t, int col, QVector<bool> *par = nullptr)
+// A stable sort of the rows by the text of one column, as a table of text items sorts.
+inline void ordenar(Tabla &t, int col, QVector<bool> *par = nullptr, bool descendente = false)
 {
     QVector<int> idx(t.size());
     for (int i = 0; i < idx.size(); ++i)
         idx[i] = i;
-    std::stable_sort(idx.begin(), idx.end(),
-                     [&](int a, int b) { return t[a][col].localeAwareCompare(t[b][col]) < 0; });
+    std::stable_sort(idx.begin(), idx.end(), [&](int a, int b) {
+        return descendente ? t[b][col].localeAwareCompare(t[a][col]) < 0
+                           : t[a][col].localeAwareCompare(t[b][col]) < 0;
+    });
     Tabla r;
     QVector<bool> p;
     for (int i : idx) {

@@ -132,6 +132,17 @@ struct Escena {
     {
         return t->item(f, c) ? t->item(f, c)->text() : QStringLiteral("<null>");
     }
+    static literal::Tabla contenido(QAbstractItemModel *m)
+    {
+        literal::Tabla r;
+        for (int f = 0; f < m->rowCount(); ++f) {
+            QStringList fila;
+            for (int c = 0; c < m->columnCount(); ++c)
+                fila << m->index(f, c).data().toString();
+            r << fila;
+        }
+        return r;
+    }
     static literal::Tabla contenido(QTableWidget *t)
     {
         literal::Tabla r;
@@ -607,11 +618,13 @@ private slots:
         QTableWidget *res = e.tabla("tableWidget_resumen_numeros");
         QCOMPARE(Escena::celda(res, 1, 0), QStringLiteral("00"));
         e.m->on_tableWidget_resumen_numeros_clicked(res->model()->index(1, 0));
-        QTableWidget *donde = e.tabla("tableWidget_resumen_agencias");
-        QCOMPARE(Escena::contenido(donde),
+        QTableView *donde = e.w<QTableView>("tableWidget_resumen_agencias");
+        QCOMPARE(Escena::contenido(donde->model()),
                  (literal::Tabla{{"Banca Uno Bis", "Agencia A", "10.00"}}));
-        QCOMPARE(donde->item(0, 2)->textAlignment(), int(Qt::AlignRight | Qt::AlignVCenter));
+        QCOMPARE(donde->model()->index(0, 2).data(Qt::TextAlignmentRole).toInt(),
+                 int(Qt::AlignRight | Qt::AlignVCenter));
         QVERIFY(donde->isSortingEnabled());
+        QCOMPARE(donde->horizontalHeader()->sortIndicatorSection(), 0);
         QCOMPARE(e.seleccionadas(), (QVector<int>{1, 2}));
     }
 
@@ -678,9 +691,10 @@ private slots:
         QVERIFY(mostradas.wait(10000));
         QVERIFY(e.boton()->isEnabled());
         QCOMPARE(e.jugadas()->model()->rowCount(), 0);
-        for (const char *t : {"tableWidget_resumen_numeros", "tableWidget_resumen_agencias",
-                              "tableWidget_bancas", "tableWidget_tbancas"})
+        for (const char *t :
+             {"tableWidget_resumen_numeros", "tableWidget_bancas", "tableWidget_tbancas"})
             QCOMPARE(e.tabla(t)->rowCount(), 0);
+        QCOMPARE(e.w<QTableView>("tableWidget_resumen_agencias")->model()->rowCount(), 0);
         QCOMPARE(e.totales(), (QStringList{"0", "0", "0", "0", "0", "0", "0"}));
         QCOMPARE(e.totalesS(), (QStringList{"0", "0", "0", "0", "0"}));
     }
@@ -1096,6 +1110,59 @@ private slots:
             QCOMPARE(e.campo("lineEdit_monto"), literal::enTexto(suma, decimales));
             QCOMPARE(e.campo("lineEdit_premio"), literal::enTexto(premio, decimales));
             QCOMPARE(e.campo("lineEdit_animal"), L.animal(cj, n));
+        }
+
+        // Header re-sorts by the user, each followed by clicks: the table, the selected plays
+        // and the summary's list of where the number was sold match a stable sort of the
+        // literal table's texts.
+        literal::Tabla tabla = v.jugadas;
+        QTableView *vista = e.jugadas();
+        QTableView *donde = e.w<QTableView>("tableWidget_resumen_agencias");
+        QTableWidget *res = e.tabla("tableWidget_resumen_numeros");
+        const QList<QPair<int, Qt::SortOrder>> ordenes = {
+            {1, Qt::AscendingOrder},  {6, Qt::DescendingOrder}, {3, Qt::AscendingOrder},
+            {2, Qt::DescendingOrder}, {7, Qt::AscendingOrder},  {4, Qt::DescendingOrder}};
+        for (const auto &o : ordenes) {
+            vista->sortByColumn(o.first, o.second);
+            literal::ordenar(tabla, o.first, nullptr, o.second == Qt::DescendingOrder);
+            QCOMPARE(e.contenidoJugadas(), tabla);
+            for (int fila : {0, tabla.size() / 2, tabla.size() - 1}) {
+                const QString n = tabla[fila][4];
+                QVector<int> filas;
+                for (int f = 0; f < tabla.size(); ++f)
+                    if (tabla[f][4] == n)
+                        filas << f;
+                const QModelIndex celda = vista->model()->index(fila, 5);
+                vista->selectionModel()->select(celda, QItemSelectionModel::ClearAndSelect);
+                e.m->on_tableWidget_clicked(celda);
+                QCOMPARE(e.seleccionadas(), filas);
+                vista->selectionModel()->select(celda, QItemSelectionModel::Deselect);
+                e.m->on_tableWidget_clicked(celda);
+                QCOMPARE(e.seleccionadas(), QVector<int>{});
+            }
+            for (int r = 0; r < res->rowCount(); r += 2) {
+                const QString n = res->item(r, 0)->text();
+                literal::Tabla lugares;
+                QVector<int> filas;
+                for (int f = 0; f < tabla.size(); ++f) {
+                    if (tabla[f][4] != n)
+                        continue;
+                    filas << f;
+                    if (tabla[f][7] != "Eliminado")
+                        lugares << QStringList{tabla[f][0], tabla[f][1], tabla[f][6]};
+                }
+                literal::ordenar(lugares, 0);
+                e.m->on_tableWidget_resumen_numeros_clicked(res->model()->index(r, 0));
+                QCOMPARE(Escena::contenido(donde->model()), lugares);
+                QCOMPARE(e.seleccionadas(), filas);
+                // Its own header re-sorts too.
+                donde->sortByColumn(2, Qt::DescendingOrder);
+                literal::ordenar(lugares, 2, nullptr, true);
+                QCOMPARE(Escena::contenido(donde->model()), lugares);
+                donde->sortByColumn(1, Qt::AscendingOrder);
+                literal::ordenar(lugares, 1);
+                QCOMPARE(Escena::contenido(donde->model()), lugares);
+            }
         }
     }
 
