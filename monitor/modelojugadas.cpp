@@ -25,12 +25,13 @@ void ModeloJugadas::cargar(std::shared_ptr<const DatosVentas> datos, int decimal
     m_decimales = decimales;
     m_orden.resize(m_datos ? m_datos->jugadas.size() : 0);
     std::iota(m_orden.begin(), m_orden.end(), 0);
-    indexarNumeros();
+    m_indiceAlDia = false;
     endResetModel();
 }
 
-void ModeloJugadas::indexarNumeros()
+void ModeloJugadas::indexarNumeros() const
 {
+    m_indiceAlDia = true;
     const std::size_t numeros = m_datos ? m_datos->numeros.size() : 0;
     m_inicioNumero.assign(numeros + 1, 0);
     m_filasNumero.resize(m_orden.size());
@@ -51,6 +52,8 @@ void ModeloJugadas::indexarNumeros()
 void ModeloJugadas::filasDeNumero(int numero, const int *&desde, const int *&hasta) const
 {
     desde = hasta = nullptr;
+    if (!m_indiceAlDia)
+        indexarNumeros();
     if (!m_datos || numero < 0 || numero + 1 >= int(m_inicioNumero.size()))
         return;
     desde = m_filasNumero.data() + m_inicioNumero[std::size_t(numero)];
@@ -64,6 +67,7 @@ void ModeloJugadas::limpiar()
     std::vector<int>().swap(m_orden);
     std::vector<int>().swap(m_filasNumero);
     m_inicioNumero.clear();
+    m_indiceAlDia = false;
     endResetModel();
 }
 
@@ -280,7 +284,7 @@ void ModeloJugadas::sort(int column, Qt::SortOrder order)
     for (const QModelIndex &v : viejos)
         nuevos.append(index(filaNueva[std::size_t(v.row())], v.column()));
     m_orden.swap(nuevo);
-    indexarNumeros();
+    m_indiceAlDia = false;
     changePersistentIndexList(viejos, nuevos);
     emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }

@@ -62,13 +62,15 @@ public:
     QString texto(int fila, int columna) const;
 
 private:
-    // Rows of each number in the current order, grouped by number.
-    void indexarNumeros();
+    // Rows of each number in the current order, grouped by number; built when first asked
+    // for after a load or a sort.
+    void indexarNumeros() const;
 
     std::shared_ptr<const DatosVentas> m_datos;
-    std::vector<int> m_orden;        // table row -> play index
-    std::vector<int> m_inicioNumero; // number -> first entry in m_filasNumero
-    std::vector<int> m_filasNumero;  // rows, grouped by number, ascending within a number
+    std::vector<int> m_orden;                // table row -> play index
+    mutable std::vector<int> m_inicioNumero; // number -> first entry in m_filasNumero
+    mutable std::vector<int> m_filasNumero;  // rows, grouped by number, ascending within one
+    mutable bool m_indiceAlDia = false;
     int m_decimales = 0;
 };
 

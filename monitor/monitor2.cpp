@@ -440,7 +440,7 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
         m_pedidoEnEspera = p;
         return;
     }
-    mostrarVentas(bruto);
+    mostrarVentas(std::move(bruto));
 }
 
 void Monitor2::atenderVentasEnEspera()
@@ -448,10 +448,10 @@ void Monitor2::atenderVentasEnEspera()
     if (!m_ventasEnEspera || m_resultadosAtendidos < m_pedidoEnEspera.resultados)
         return;
     m_ventasEnEspera = false;
-    const QByteArray bruto = std::move(m_brutoEnEspera);
+    QByteArray bruto = std::move(m_brutoEnEspera);
     m_brutoEnEspera = QByteArray();
     if (vigente(m_pedidoEnEspera))
-        mostrarVentas(bruto);
+        mostrarVentas(std::move(bruto));
     else
         descartarVentas();
 }
@@ -464,7 +464,7 @@ void Monitor2::descartarVentas()
     emit ventasDescartadas();
 }
 
-void Monitor2::mostrarVentas(const QByteArray &bruto)
+void Monitor2::mostrarVentas(QByteArray bruto)
 {
     ui->tableWidget->setSortingEnabled(false);
     ui->tableWidget_resumen_numeros->setSortingEnabled(false);
@@ -478,6 +478,8 @@ void Monitor2::mostrarVentas(const QByteArray &bruto)
     auto datos = std::make_shared<DatosVentas>(analizarVentas(
         bruto, m_listas, cjuego, csorteoActual(), m_listas.factoresSorteo.value(indice)));
     mostrarFrescura(!bruto.isEmpty());
+    // Everything needed was taken from the reply; it is not kept.
+    bruto = QByteArray();
     if (datos->jugadas.empty()) {
         ui->pushButton_actualizar->setFocus();
         emit ventasMostradas();

@@ -96,7 +96,7 @@ private:
     };
     Pedido pedidoActual() const;
     bool vigente(const Pedido &p) const;
-    void mostrarVentas(const QByteArray &bruto);
+    void mostrarVentas(QByteArray bruto);
     void descartarVentas();
     void atenderVentasEnEspera();
     void pulsarAuto();

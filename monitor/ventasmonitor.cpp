@@ -4,6 +4,7 @@
 
 #include <QTime>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <string>
@@ -209,19 +210,23 @@ QString textoEstado(std::uint8_t estado)
 
 QString DatosVentas::ticket(const JugadaVenta &j) const
 {
-    return QString::fromLatin1(bruto.constData() + j.ticket, int(j.largoTicket));
+    return QString::fromLatin1(textos.constData() + j.ticket, int(j.largoTicket));
 }
 
 QString DatosVentas::dato(const JugadaVenta &j) const
 {
-    return QString::fromLatin1(bruto.constData() + j.dato, int(j.largoDato));
+    return QString::fromLatin1(textos.constData() + j.dato, int(j.largoDato));
+}
+
+QString DatosVentas::segundoMonto(const JugadaVenta &j) const
+{
+    return QString::fromLatin1(textos.constData() + j.dato + j.largoDato, int(j.largoSegundo));
 }
 
 DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
                            const QString &cjuego, const QString &csorteo, double factor)
 {
     DatosVentas d;
-    d.bruto = bruto;
     const int nb = listas.indiceBancas.size();
     d.ventaBrutaBanca.fill(0, nb);
     d.comisionBanca.fill(0, nb);
@@ -234,8 +239,19 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
     const char *base = bruto.constData();
     const char *p = base;
     const char *fin = base + bruto.size();
-    // Rough play count from the size, to avoid regrowing the vector many times.
-    d.jugadas.reserve(std::size_t(bruto.size() / 48 + 16));
+    // Room for every line at once: counting them is cheaper than regrowing, and nothing is
+    // reserved twice.
+    std::size_t lineas = 1;
+    for (const char *q = p;
+         (q = static_cast<const char *>(std::memchr(q, '\n', std::size_t(fin - q)))) != nullptr;
+         ++q)
+        ++lineas;
+    d.jugadas.reserve(lineas);
+    d.textos.reserve(bruto.size() / 5 + 16);
+    // The ticket of the previous play: a ticket's plays come together and share its text.
+    const char *ticketAnterior = nullptr;
+    int largoAnterior = -1;
+    std::uint32_t ticketGuardado = 0;
 
     Internador bancas, agencias, numeros;
     std::vector<int> filaResumen;
@@ -293,14 +309,24 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
                 d.numeroGanador = j.numero;
         }
         j.hora = leerHora(f[1].p, f[1].n);
-        j.ticket = std::uint32_t(f[5].p - base);
-        j.largoTicket = std::uint32_t(f[5].n);
-        j.dato = std::uint32_t(f[6].p - base);
-        j.largoDato = std::uint32_t(f[6].n);
+        const int largoTicket = std::min(f[5].n, 0xffff);
+        if (largoTicket != largoAnterior ||
+            std::memcmp(ticketAnterior, f[5].p, std::size_t(largoTicket)) != 0) {
+            ticketGuardado = std::uint32_t(d.textos.size());
+            d.textos.append(f[5].p, largoTicket);
+            ticketAnterior = f[5].p;
+            largoAnterior = largoTicket;
+        }
+        j.ticket = ticketGuardado;
+        j.largoTicket = std::uint16_t(largoTicket);
+        j.dato = std::uint32_t(d.textos.size());
+        j.largoDato = std::uint16_t(std::min(f[6].n, 0xffff));
+        d.textos.append(f[6].p, j.largoDato);
+        j.largoSegundo = std::uint8_t(std::min(f[9].n, 0xff));
+        d.textos.append(f[9].p, j.largoSegundo);
         bool exacto = false;
         std::int64_t centavos = 0;
         j.monto = leerMonto(f[8].p, f[8].n, &exacto, &centavos);
-        j.segundoMonto = leerMonto(f[9].p, f[9].n);
         if (f[10].es('E'))
             j.estado = JugadaVenta::Eliminado;
         else if (f[11].es('X'))

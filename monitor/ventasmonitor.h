@@ -11,21 +11,22 @@
 class ListasMonitor;
 
 // One play of the sales reply ("monitorventas.php"), kept compactly: texts that repeat (banca,
-// agency, number) are indexes into DatosVentas' tables of distinct values, the ticket and the
-// free datum are byte ranges of the reply, which DatosVentas keeps.
+// agency, number) are indexes into DatosVentas' tables of distinct values; the ticket, the free
+// datum and the second amount are byte ranges of DatosVentas::textos (the reply itself is not
+// kept). Fields longer than their length type can hold are cut there.
 struct JugadaVenta {
     enum Estado : std::uint8_t { Ninguno = 0, Eliminado = 1, Pagado = 2 };
 
     double monto = 0;         // field 8
-    double segundoMonto = 0;  // field 9
     std::int32_t banca = 0;   // DatosVentas::bancas
     std::int32_t agencia = 0; // DatosVentas::agencias
     std::int32_t numero = 0;  // DatosVentas::numeros
     std::int32_t hora = -1;   // seconds since midnight of field 1; -1 when it is no valid time
-    std::uint32_t ticket = 0; // field 5: offset and length in DatosVentas::bruto
-    std::uint32_t largoTicket = 0;
-    std::uint32_t dato = 0; // field 6
-    std::uint32_t largoDato = 0;
+    std::uint32_t ticket = 0; // field 5: offset in DatosVentas::textos
+    std::uint32_t dato = 0;   // field 6, followed there by field 9 (the second amount)
+    std::uint16_t largoTicket = 0;
+    std::uint16_t largoDato = 0;
+    std::uint8_t largoSegundo = 0;
     std::uint8_t estado = Ninguno;
 };
 
@@ -65,7 +66,7 @@ struct DatosVentas {
         std::int64_t centavos;
     };
 
-    QByteArray bruto;
+    QByteArray textos;                // tickets, data and second amounts of the plays
     std::vector<JugadaVenta> jugadas; // reply order
     std::vector<Banca> bancas;
     std::vector<Agencia> agencias;
@@ -94,6 +95,7 @@ struct DatosVentas {
 
     QString ticket(const JugadaVenta &j) const;
     QString dato(const JugadaVenta &j) const;
+    QString segundoMonto(const JugadaVenta &j) const; // field 9 as sent
 };
 
 // Reads the sales reply (raw bytes, Latin-1, already cut at any NUL). Lines are separated by
