@@ -37,14 +37,19 @@ void ModeloJugadas::indexarNumeros() const
     m_filasNumero.resize(m_orden.size());
     if (!m_datos)
         return;
+    // The plays' numbers read in reply order into a small array, so that walking the rows in
+    // table order jumps around 4 bytes a play instead of a whole play.
     const auto &jugadas = m_datos->jugadas;
-    for (int i : m_orden)
-        ++m_inicioNumero[std::size_t(jugadas[std::size_t(i)].numero) + 1];
+    std::vector<std::int32_t> numero(jugadas.size());
+    for (std::size_t i = 0; i < jugadas.size(); ++i) {
+        numero[i] = jugadas[i].numero;
+        ++m_inicioNumero[std::size_t(numero[i]) + 1];
+    }
     for (std::size_t k = 1; k <= numeros; ++k)
         m_inicioNumero[k] += m_inicioNumero[k - 1];
     std::vector<int> siguiente(m_inicioNumero.begin(), m_inicioNumero.end() - 1);
     for (int f = 0; f < int(m_orden.size()); ++f) {
-        const int n = jugadas[std::size_t(m_orden[std::size_t(f)])].numero;
+        const int n = numero[std::size_t(m_orden[std::size_t(f)])];
         m_filasNumero[std::size_t(siguiente[std::size_t(n)]++)] = f;
     }
 }

@@ -60,14 +60,27 @@ private:
         std::size_t largo;
     };
 
+    // Keys are short (codes of a few bytes): eight bytes at a time, then a final mix so that
+    // the low bits the table uses depend on every byte.
     static std::uint64_t hash(const char *p, std::size_t n)
     {
-        std::uint64_t h = 1469598103934665603ull;
-        for (std::size_t i = 0; i < n; ++i) {
-            h ^= std::uint8_t(p[i]);
-            h *= 1099511628211ull;
+        std::uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
+        while (n >= 8) {
+            std::uint64_t w;
+            std::memcpy(&w, p, 8);
+            h = (h ^ w) * 0xBF58476D1CE4E5B9ull;
+            h ^= h >> 31;
+            p += 8;
+            n -= 8;
         }
-        return h ^ (h >> 29);
+        if (n > 0) {
+            std::uint64_t w = 0;
+            std::memcpy(&w, p, n);
+            h = (h ^ w) * 0x94D049BB133111EBull;
+        }
+        h ^= h >> 32;
+        h *= 0xD6E8FEB86659FD93ull;
+        return h ^ (h >> 32);
     }
 
     void crecer()
