@@ -6,6 +6,7 @@
 #include "app/sesion.h"
 #include "monitor/modelojugadas.h"
 
+#include <QCursor>
 #include <QDebug>
 #include <QHeaderView>
 #include <QItemSelectionModel>
@@ -16,7 +17,6 @@
 #include <QTableWidgetItem>
 #include <QTimer>
 #include <QToolTip>
-#include <QCursor>
 #include <QtCharts/QBarCategoryAxis>
 #include <QtCharts/QBarSet>
 #include <QtCharts/QChart>
