@@ -136,7 +136,7 @@ QString ModeloJugadas::texto(int fila, int columna) const
     case ColTicket:
         return d.ticket(j);
     case ColHora:
-        return textoHora(j.hora);
+        return textoHora(j.minuto < 0 ? -1 : j.minuto * 60);
     case ColNumero:
         return d.numeros[std::size_t(j.numero)].texto;
     case ColNombre:
@@ -214,7 +214,7 @@ void ModeloJugadas::sort(int column, Qt::SortOrder order)
         for (int m = 0; m < 24 * 60; ++m)
             textos.push_back(textoHora(m * 60));
         for (std::size_t i = 0; i < n; ++i)
-            clase[i] = d.jugadas[i].hora < 0 ? 0 : 1 + d.jugadas[i].hora / 60;
+            clase[i] = d.jugadas[i].minuto < 0 ? 0 : 1 + d.jugadas[i].minuto;
         break;
     case ColTicket: {
         QHash<QString, int> vistos;

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <string>
 
 namespace {
@@ -221,19 +222,43 @@ QString textoEstado(std::uint8_t estado)
     }
 }
 
+namespace {
+
+// A text of DatosVentas::textos: its length in `bytesLargo` bytes (little-endian), then itself.
+QString textoGuardado(const QByteArray &textos, std::uint32_t desde, int bytesLargo)
+{
+    const auto *p = reinterpret_cast<const unsigned char *>(textos.constData()) + desde;
+    const int largo = bytesLargo == 2 ? p[0] | (p[1] << 8) : p[0];
+    return QString::fromLatin1(reinterpret_cast<const char *>(p + bytesLargo), largo);
+}
+
+std::uint32_t guardarTexto(QByteArray &textos, const char *p, int n, int bytesLargo)
+{
+    const auto desde = std::uint32_t(textos.size());
+    n = std::min(n, bytesLargo == 2 ? 0xffff : 0xff);
+    textos.append(char(n & 0xff));
+    if (bytesLargo == 2)
+        textos.append(char(n >> 8));
+    textos.append(p, n);
+    return desde;
+}
+
+} // namespace
+
 QString DatosVentas::ticket(const JugadaVenta &j) const
 {
-    return QString::fromLatin1(textos.constData() + j.ticket, int(j.largoTicket));
+    return textoGuardado(textos, j.ticket, 2);
 }
 
 QString DatosVentas::dato(const JugadaVenta &j) const
 {
-    return QString::fromLatin1(textos.constData() + j.dato, int(j.largoDato));
+    return textoGuardado(textos, j.dato, 2);
 }
 
 QString DatosVentas::segundoMonto(const JugadaVenta &j) const
 {
-    return QString::fromLatin1(textos.constData() + j.dato + j.largoDato, int(j.largoSegundo));
+    const auto *p = reinterpret_cast<const unsigned char *>(textos.constData()) + j.dato;
+    return textoGuardado(textos, j.dato + 2 + std::uint32_t(p[0] | (p[1] << 8)), 1);
 }
 
 DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
@@ -260,7 +285,10 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
          ++q)
         ++lineas;
     d.jugadas.reserve(lineas);
-    d.textos.reserve(bruto.size() / 5 + 16);
+    // The kept texts never exceed the reply plus their lengths: reserving that bound never
+    // copies the block, and pages never written are never resident.
+    d.textos.reserve(int(std::min<qint64>(qint64(bruto.size()) + 5 * qint64(lineas),
+                                          std::numeric_limits<int>::max() - 64)));
     // The ticket of the previous play: a ticket's plays come together and share its text.
     const char *ticketAnterior = nullptr;
     int largoAnterior = -1;
@@ -321,22 +349,17 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
             if (d.hayResultado && numero == d.resultado)
                 d.numeroGanador = j.numero;
         }
-        j.hora = leerHora(f[1].p, f[1].n);
-        const int largoTicket = std::min(f[5].n, 0xffff);
-        if (largoTicket != largoAnterior ||
-            std::memcmp(ticketAnterior, f[5].p, std::size_t(largoTicket)) != 0) {
-            ticketGuardado = std::uint32_t(d.textos.size());
-            d.textos.append(f[5].p, largoTicket);
+        const int segundos = leerHora(f[1].p, f[1].n);
+        j.minuto = std::int16_t(segundos < 0 ? -1 : segundos / 60);
+        if (f[5].n != largoAnterior ||
+            std::memcmp(ticketAnterior, f[5].p, std::size_t(f[5].n)) != 0) {
+            ticketGuardado = guardarTexto(d.textos, f[5].p, f[5].n, 2);
             ticketAnterior = f[5].p;
-            largoAnterior = largoTicket;
+            largoAnterior = f[5].n;
         }
         j.ticket = ticketGuardado;
-        j.largoTicket = std::uint16_t(largoTicket);
-        j.dato = std::uint32_t(d.textos.size());
-        j.largoDato = std::uint16_t(std::min(f[6].n, 0xffff));
-        d.textos.append(f[6].p, j.largoDato);
-        j.largoSegundo = std::uint8_t(std::min(f[9].n, 0xff));
-        d.textos.append(f[9].p, j.largoSegundo);
+        j.dato = guardarTexto(d.textos, f[6].p, f[6].n, 2);
+        guardarTexto(d.textos, f[9].p, f[9].n, 1);
         bool exacto = false;
         std::int64_t centavos = 0;
         j.monto = leerMonto(f[8].p, f[8].n, &exacto, &centavos);

@@ -10,10 +10,11 @@
 
 class ListasMonitor;
 
-// One play of the sales reply ("monitorventas.php"), kept compactly: texts that repeat (banca,
-// agency, number) are indexes into DatosVentas' tables of distinct values; the ticket, the free
-// datum and the second amount are byte ranges of DatosVentas::textos (the reply itself is not
-// kept). Fields longer than their length type can hold are cut there.
+// One play of the sales reply ("monitorventas.php"), kept in 32 bytes: texts that repeat
+// (banca, agency, number) are indexes into DatosVentas' tables of distinct values; the ticket,
+// the free datum and the second amount live in DatosVentas::textos, each behind its length (the
+// reply itself is not kept). A ticket or datum longer than 65,535 bytes, or a second amount
+// longer than 255, is cut there.
 struct JugadaVenta {
     enum Estado : std::uint8_t { Ninguno = 0, Eliminado = 1, Pagado = 2 };
 
@@ -21,12 +22,9 @@ struct JugadaVenta {
     std::int32_t banca = 0;   // DatosVentas::bancas
     std::int32_t agencia = 0; // DatosVentas::agencias
     std::int32_t numero = 0;  // DatosVentas::numeros
-    std::int32_t hora = -1;   // seconds since midnight of field 1; -1 when it is no valid time
-    std::uint32_t ticket = 0; // field 5: offset in DatosVentas::textos
+    std::uint32_t ticket = 0; // field 5: offset of its length in DatosVentas::textos
     std::uint32_t dato = 0;   // field 6, followed there by field 9 (the second amount)
-    std::uint16_t largoTicket = 0;
-    std::uint16_t largoDato = 0;
-    std::uint8_t largoSegundo = 0;
+    std::int16_t minuto = -1; // minute of the day of field 1; -1 when it is no valid time
     std::uint8_t estado = Ninguno;
 };
 
@@ -114,6 +112,8 @@ inline double deCentavos(std::int64_t centavos)
 {
     return double(centavos) / 100.0;
 }
+
+static_assert(sizeof(JugadaVenta) == 32, "a play is meant to take 32 bytes");
 
 // Display helpers shared by the table model and the checks.
 QString textoHora(int segundos);          // "h:mm ap", "" for -1

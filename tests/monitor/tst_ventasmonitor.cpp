@@ -175,6 +175,36 @@ private slots:
                                                  "300.00 (sin venta neta)"));
     }
 
+    void textosDeLaJugada()
+    {
+        // Ticket, datum and second amount are kept apart from the reply; consecutive plays of
+        // one ticket share its text; an absurdly long field is cut, never overflows.
+        ListasMonitor L;
+        const QByteArray largo(70000, 't');
+        const QByteArray bruto = "1,10:00:00,0,0,1,T7,dA,5,10,2.5,,\n"
+                                 "1,10:00:00,0,0,1,T7,dB,5,10,,,\n"
+                                 "1,10:00:00,0,0,1,T8,,5,10,0,,\n"
+                                 "1,10:00:00,0,0,1," +
+                                 largo + ",x,5,1," + QByteArray(300, '9') + ",,\n";
+        const DatosVentas d = analizarVentas(bruto, L, "J", "S", 30);
+        QCOMPARE(int(d.jugadas.size()), 4);
+        QCOMPARE(d.ticket(d.jugadas[0]), QStringLiteral("T7"));
+        QCOMPARE(d.ticket(d.jugadas[1]), QStringLiteral("T7"));
+        QCOMPARE(d.jugadas[0].ticket, d.jugadas[1].ticket);
+        QCOMPARE(d.ticket(d.jugadas[2]), QStringLiteral("T8"));
+        QCOMPARE(d.dato(d.jugadas[0]), QStringLiteral("dA"));
+        QCOMPARE(d.dato(d.jugadas[1]), QStringLiteral("dB"));
+        QCOMPARE(d.dato(d.jugadas[2]), QString());
+        QCOMPARE(d.segundoMonto(d.jugadas[0]), QStringLiteral("2.5"));
+        QCOMPARE(d.segundoMonto(d.jugadas[1]), QString());
+        QCOMPARE(d.segundoMonto(d.jugadas[2]), QStringLiteral("0"));
+        QCOMPARE(d.ticket(d.jugadas[3]).size(), 0xffff);
+        QCOMPARE(d.dato(d.jugadas[3]), QStringLiteral("x"));
+        QCOMPARE(d.segundoMonto(d.jugadas[3]).size(), 0xff);
+        QCOMPARE(d.jugadas[0].minuto, std::int16_t(600));
+        QCOMPARE(textoHora(d.jugadas[0].minuto * 60), QTime(10, 0).toString("h:mm ap"));
+    }
+
     void ordenEstableYDescendente()
     {
         ListasMonitor L;
