@@ -25,7 +25,44 @@ void ModeloJugadas::cargar(std::shared_ptr<const DatosVentas> datos, int decimal
     m_decimales = decimales;
     m_orden.resize(m_datos ? m_datos->jugadas.size() : 0);
     std::iota(m_orden.begin(), m_orden.end(), 0);
+    m_indiceAlDia = false;
     endResetModel();
+}
+
+void ModeloJugadas::indexarNumeros() const
+{
+    m_indiceAlDia = true;
+    const std::size_t numeros = m_datos ? m_datos->numeros.size() : 0;
+    m_inicioNumero.assign(numeros + 1, 0);
+    m_filasNumero.resize(m_orden.size());
+    if (!m_datos)
+        return;
+    // The plays' numbers read in reply order into a small array, so that walking the rows in
+    // table order jumps around 4 bytes a play instead of a whole play.
+    const auto &jugadas = m_datos->jugadas;
+    std::vector<std::int32_t> numero(jugadas.size());
+    for (std::size_t i = 0; i < jugadas.size(); ++i) {
+        numero[i] = jugadas[i].numero;
+        ++m_inicioNumero[std::size_t(numero[i]) + 1];
+    }
+    for (std::size_t k = 1; k <= numeros; ++k)
+        m_inicioNumero[k] += m_inicioNumero[k - 1];
+    std::vector<int> siguiente(m_inicioNumero.begin(), m_inicioNumero.end() - 1);
+    for (int f = 0; f < int(m_orden.size()); ++f) {
+        const int n = numero[std::size_t(m_orden[std::size_t(f)])];
+        m_filasNumero[std::size_t(siguiente[std::size_t(n)]++)] = f;
+    }
+}
+
+void ModeloJugadas::filasDeNumero(int numero, const int *&desde, const int *&hasta) const
+{
+    desde = hasta = nullptr;
+    if (!m_indiceAlDia)
+        indexarNumeros();
+    if (!m_datos || numero < 0 || numero + 1 >= int(m_inicioNumero.size()))
+        return;
+    desde = m_filasNumero.data() + m_inicioNumero[std::size_t(numero)];
+    hasta = m_filasNumero.data() + m_inicioNumero[std::size_t(numero) + 1];
 }
 
 void ModeloJugadas::limpiar()
@@ -33,6 +70,9 @@ void ModeloJugadas::limpiar()
     beginResetModel();
     m_datos.reset();
     std::vector<int>().swap(m_orden);
+    std::vector<int>().swap(m_filasNumero);
+    m_inicioNumero.clear();
+    m_indiceAlDia = false;
     endResetModel();
 }
 
@@ -62,36 +102,16 @@ int ModeloJugadas::indiceNumero(const QString &numero) const
 QItemSelection ModeloJugadas::seleccionDeNumero(int numero, int primera, int ultima) const
 {
     QItemSelection seleccion;
-    if (!m_datos || numero < 0)
-        return seleccion;
-    const int filas = int(m_orden.size());
-    const auto &jugadas = m_datos->jugadas;
-    int inicio = -1;
-    for (int f = 0; f <= filas; ++f) {
-        const bool es = f < filas && jugadas[std::size_t(m_orden[std::size_t(f)])].numero == numero;
-        if (es && inicio < 0) {
-            inicio = f;
-        } else if (!es && inicio >= 0) {
-            seleccion.append(QItemSelectionRange(index(inicio, primera), index(f - 1, ultima)));
-            inicio = -1;
-        }
+    const int *f = nullptr, *fin = nullptr;
+    filasDeNumero(numero, f, fin);
+    while (f != fin) {
+        const int inicio = *f;
+        int ultimaFila = inicio;
+        for (++f; f != fin && *f == ultimaFila + 1; ++f)
+            ultimaFila = *f;
+        seleccion.append(QItemSelectionRange(index(inicio, primera), index(ultimaFila, ultima)));
     }
     return seleccion;
-}
-
-void ModeloJugadas::sumarNumero(int numero, int &cantidad, double &suma) const
-{
-    cantidad = 0;
-    suma = 0;
-    if (!m_datos || numero < 0)
-        return;
-    for (int i : m_orden) {
-        const JugadaVenta &j = m_datos->jugadas[std::size_t(i)];
-        if (j.numero == numero && j.estado != JugadaVenta::Eliminado) {
-            ++cantidad;
-            suma += j.monto;
-        }
-    }
 }
 
 int ModeloJugadas::rowCount(const QModelIndex &parent) const
@@ -116,7 +136,7 @@ QString ModeloJugadas::texto(int fila, int columna) const
     case ColTicket:
         return d.ticket(j);
     case ColHora:
-        return textoHora(j.hora);
+        return textoHora(j.minuto < 0 ? -1 : j.minuto * 60);
     case ColNumero:
         return d.numeros[std::size_t(j.numero)].texto;
     case ColNombre:
@@ -194,7 +214,7 @@ void ModeloJugadas::sort(int column, Qt::SortOrder order)
         for (int m = 0; m < 24 * 60; ++m)
             textos.push_back(textoHora(m * 60));
         for (std::size_t i = 0; i < n; ++i)
-            clase[i] = d.jugadas[i].hora < 0 ? 0 : 1 + d.jugadas[i].hora / 60;
+            clase[i] = d.jugadas[i].minuto < 0 ? 0 : 1 + d.jugadas[i].minuto;
         break;
     case ColTicket: {
         QHash<QString, int> vistos;
@@ -269,6 +289,138 @@ void ModeloJugadas::sort(int column, Qt::SortOrder order)
     for (const QModelIndex &v : viejos)
         nuevos.append(index(filaNueva[std::size_t(v.row())], v.column()));
     m_orden.swap(nuevo);
+    m_indiceAlDia = false;
+    changePersistentIndexList(viejos, nuevos);
+    emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
+}
+
+// ---- where a number was sold ----
+
+ModeloLugares::ModeloLugares(QObject *parent) : QAbstractTableModel(parent) {}
+
+void ModeloLugares::mostrar(std::shared_ptr<const DatosVentas> datos, std::vector<int> jugadas,
+                            int decimales)
+{
+    beginResetModel();
+    m_datos = std::move(datos);
+    m_jugadas = std::move(jugadas);
+    m_decimales = decimales;
+    endResetModel();
+}
+
+void ModeloLugares::limpiar()
+{
+    beginResetModel();
+    m_datos.reset();
+    std::vector<int>().swap(m_jugadas);
+    endResetModel();
+}
+
+int ModeloLugares::rowCount(const QModelIndex &parent) const
+{
+    return parent.isValid() || !m_datos ? 0 : int(m_jugadas.size());
+}
+
+int ModeloLugares::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : 3;
+}
+
+QString ModeloLugares::texto(int fila, int columna) const
+{
+    const DatosVentas &d = *m_datos;
+    const JugadaVenta &j = d.jugadas[std::size_t(m_jugadas[std::size_t(fila)])];
+    switch (columna) {
+    case 0:
+        return d.bancas[std::size_t(j.banca)].nombre;
+    case 1:
+        return d.agencias[std::size_t(j.agencia)].nombre;
+    case 2:
+        return formatoMonto(j.monto, m_decimales);
+    default:
+        return QString();
+    }
+}
+
+QVariant ModeloLugares::data(const QModelIndex &index, int role) const
+{
+    if (!m_datos || !index.isValid() || index.row() >= int(m_jugadas.size()))
+        return QVariant();
+    if (role == Qt::DisplayRole || role == Qt::EditRole)
+        return texto(index.row(), index.column());
+    if (role == Qt::TextAlignmentRole && index.column() == 2)
+        return int(Qt::AlignRight | Qt::AlignVCenter);
+    return QVariant();
+}
+
+QVariant ModeloLugares::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (role != Qt::DisplayRole)
+        return QVariant();
+    if (orientation == Qt::Horizontal) {
+        static const QStringList titulos = {
+            QStringLiteral("Banca"), QStringLiteral("Nombre Agencia"), QStringLiteral("Monto")};
+        return titulos.value(section);
+    }
+    return section + 1;
+}
+
+void ModeloLugares::sort(int column, Qt::SortOrder order)
+{
+    if (!m_datos || column < 0 || column > 2 || m_jugadas.size() < 2)
+        return;
+    const DatosVentas &d = *m_datos;
+    // The distinct texts of the column among the rows shown, ranked once.
+    QHash<quint64, int> clases;
+    std::vector<QString> textos;
+    std::vector<int> clase(m_jugadas.size());
+    for (std::size_t r = 0; r < m_jugadas.size(); ++r) {
+        const JugadaVenta &j = d.jugadas[std::size_t(m_jugadas[r])];
+        quint64 clave = 0;
+        if (column == 0)
+            clave = quint64(j.banca);
+        else if (column == 1)
+            clave = quint64(j.agencia);
+        else
+            std::memcpy(&clave, &j.monto, sizeof clave);
+        auto it = clases.constFind(clave);
+        if (it == clases.cend()) {
+            it = clases.insert(clave, int(textos.size()));
+            textos.push_back(texto(int(r), column));
+        }
+        clase[r] = it.value();
+    }
+    std::vector<int> porTexto(textos.size());
+    std::iota(porTexto.begin(), porTexto.end(), 0);
+    std::sort(porTexto.begin(), porTexto.end(), [&](int a, int b) {
+        return textos[std::size_t(a)].localeAwareCompare(textos[std::size_t(b)]) < 0;
+    });
+    std::vector<int> rango(textos.size(), 0);
+    int r = 0;
+    for (std::size_t k = 0; k < porTexto.size(); ++k) {
+        if (k > 0 && textos[std::size_t(porTexto[k - 1])].localeAwareCompare(
+                         textos[std::size_t(porTexto[k])]) < 0)
+            ++r;
+        rango[std::size_t(porTexto[k])] = order == Qt::AscendingOrder ? r : -r;
+    }
+    std::vector<int> filas(m_jugadas.size());
+    std::iota(filas.begin(), filas.end(), 0);
+    std::stable_sort(filas.begin(), filas.end(), [&](int a, int b) {
+        return rango[std::size_t(clase[std::size_t(a)])] <
+               rango[std::size_t(clase[std::size_t(b)])];
+    });
+    emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
+    std::vector<int> nuevo(m_jugadas.size());
+    std::vector<int> filaNueva(m_jugadas.size());
+    for (std::size_t k = 0; k < filas.size(); ++k) {
+        nuevo[k] = m_jugadas[std::size_t(filas[k])];
+        filaNueva[std::size_t(filas[k])] = int(k);
+    }
+    const QModelIndexList viejos = persistentIndexList();
+    QModelIndexList nuevos;
+    for (const QModelIndex &v : viejos)
+        nuevos.append(index(filaNueva[std::size_t(v.row())], v.column()));
+    m_jugadas.swap(nuevo);
     changePersistentIndexList(viejos, nuevos);
     emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }

@@ -6,14 +6,29 @@
 #include "app/sesion.h"
 #include "monitor/modelojugadas.h"
 
+#include <QCursor>
 #include <QDebug>
 #include <QHeaderView>
 #include <QItemSelectionModel>
+#include <QLocale>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QTableWidget>
 #include <QTableWidgetItem>
 #include <QTimer>
+#include <QToolTip>
+#include <QtCharts/QBarCategoryAxis>
+#include <QtCharts/QBarSet>
+#include <QtCharts/QChart>
+#include <QtCharts/QChartView>
+#include <QtCharts/QLineSeries>
+#include <QtCharts/QStackedBarSeries>
+#include <QtCharts/QValueAxis>
+
+#include <algorithm>
+#include <cmath>
+
+using namespace QtCharts;
 
 namespace {
 
@@ -21,9 +36,18 @@ const QString kEstiloEncabezado =
     QStringLiteral("background-color: rgb(0, 98, 147);\ncolor: rgb(255, 255, 255);");
 constexpr Qt::Alignment kDerecha = Qt::AlignRight | Qt::AlignVCenter;
 
-QString monto(double valor)
+QString montoCentavos(std::int64_t centavos)
 {
-    return formatoMonto(valor, SesionGlobal::decimales);
+    return formatoMonto(deCentavos(centavos), SesionGlobal::decimales);
+}
+
+QList<double> enUnidades(const QVector<std::int64_t> &centavos)
+{
+    QList<double> r;
+    r.reserve(centavos.size());
+    for (std::int64_t c : centavos)
+        r.append(deCentavos(c));
+    return r;
 }
 
 QTableWidgetItem *celda(const QString &texto)
@@ -38,6 +62,20 @@ QTableWidgetItem *celda(const QString &texto, Qt::Alignment alineacion)
     return item;
 }
 
+// A cell shown as text and sorted by a number.
+class CeldaNumero : public QTableWidgetItem {
+public:
+    CeldaNumero(const QString &texto, double valor) : QTableWidgetItem(texto)
+    {
+        setData(Qt::UserRole, valor);
+        setTextAlignment(int(Qt::AlignRight | Qt::AlignVCenter));
+    }
+    bool operator<(const QTableWidgetItem &otra) const override
+    {
+        return data(Qt::UserRole).toDouble() < otra.data(Qt::UserRole).toDouble();
+    }
+};
+
 void anchos(QTableView *tabla, const QList<int> &valores)
 {
     for (int c = 0; c < valores.size(); ++c)
@@ -51,7 +89,9 @@ Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
     ui->setupUi(this);
     setWindowTitle(QStringLiteral("Monitorear Ventas"));
     m_modelo = new ModeloJugadas(this);
+    m_lugares = new ModeloLugares(this);
     configurarTablas();
+    configurarRiesgo();
 
     m_redSorteos = new QNetworkAccessManager(this);
     connect(m_redSorteos, &QNetworkAccessManager::finished, this, &Monitor2::respuestaSorteos);
@@ -72,6 +112,9 @@ Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
     m_timer = new QTimer(this);
     connect(m_timer, &QTimer::timeout, this, &Monitor2::mhora);
     m_timer->start(500);
+    m_timerAuto = new QTimer(this);
+    m_timerAuto->setInterval(30000);
+    connect(m_timerAuto, &QTimer::timeout, this, &Monitor2::pulsarAuto);
 
     ui->dateEdit_fecha->setDate(SesionGlobal::fechaActual);
     cargarSoreos();
@@ -79,6 +122,15 @@ Monitor2::Monitor2(QWidget *parent) : QDialog(parent), ui(new Ui::Monitor2)
 
 Monitor2::~Monitor2()
 {
+    // Requests still out are aborted with their managers; no reply may reach a handler of a
+    // dialog that is going away.
+    m_timer->stop();
+    m_timerAuto->stop();
+    for (QNetworkAccessManager *red :
+         {m_redSorteos, m_redBancas, m_redAgencias, m_redResultados, m_redVentas}) {
+        disconnect(red, nullptr, this, nullptr);
+        delete red;
+    }
     delete ui;
 }
 
@@ -90,7 +142,7 @@ void Monitor2::configurarTablas()
     };
     preparar(ui->tableWidget_resumen_numeros, {"#", "Nombre", "Monto", "#\nJug"});
     anchos(ui->tableWidget_resumen_numeros, {50, 85, 80, 50});
-    preparar(ui->tableWidget_resumen_agencias, {"Banca", "Nombre Agencia", "Monto"});
+    ui->tableWidget_resumen_agencias->setModel(m_lugares);
     anchos(ui->tableWidget_resumen_agencias, {90, 125, 65});
 
     ui->tableWidget->setModel(m_modelo);
@@ -173,17 +225,45 @@ void Monitor2::respuestaAgencias(QNetworkReply *reply)
 
 void Monitor2::cargarResultados()
 {
-    const QString ruta = QStringLiteral("monitorresultados.php?&f=") +
-                         fechaServidor(ui->dateEdit_fecha->date());
+    const QString ruta =
+        QStringLiteral("monitorresultados.php?&f=") + fechaServidor(ui->dateEdit_fecha->date());
     qDebug().noquote() << red::urlPeticion(ruta);
-    red::get(m_redResultados, ruta);
+    Pedido p = pedidoActual();
+    p.resultados = ++m_resultadosPedidos;
+    m_pedidos.insert(red::get(m_redResultados, ruta), p);
 }
 
 void Monitor2::respuestaResultados(QNetworkReply *reply)
 {
     const QString texto = red::textoRespuesta(reply);
+    const Pedido p = m_pedidos.take(reply);
     reply->deleteLater();
-    m_listas.cargarResultados(texto);
+    // Results are per date; a reply for another date, or older than the one applied, is
+    // dropped.
+    if (p.fecha == ui->dateEdit_fecha->date() && p.resultados > m_resultadosAplicados) {
+        m_listas.cargarResultados(texto);
+        m_resultadosAplicados = p.resultados;
+    }
+    m_resultadosAtendidos = qMax(m_resultadosAtendidos, p.resultados);
+    atenderVentasEnEspera();
+}
+
+Monitor2::Pedido Monitor2::pedidoActual() const
+{
+    Pedido p;
+    p.fecha = ui->dateEdit_fecha->date();
+    p.indice = ui->comboBox->currentIndex();
+    p.cjuego = cjuegoActual();
+    p.csorteo = csorteoActual();
+    p.resultados = m_resultadosPedidos;
+    return p;
+}
+
+bool Monitor2::vigente(const Pedido &p) const
+{
+    const Pedido ahora = pedidoActual();
+    return p.fecha == ahora.fecha && p.indice == ahora.indice && p.cjuego == ahora.cjuego &&
+           p.csorteo == ahora.csorteo;
 }
 
 // ---- lookups ----
@@ -236,8 +316,51 @@ void Monitor2::mhora()
     ui->label_hora->setText(textoReloj(m_hora));
 }
 
+void Monitor2::setIntervaloAuto(int milisegundos)
+{
+    m_timerAuto->setInterval(milisegundos);
+}
+
+int Monitor2::intervaloAuto() const
+{
+    return m_timerAuto->interval();
+}
+
+void Monitor2::on_checkBox_auto_toggled(bool activo)
+{
+    if (activo)
+        m_timerAuto->start();
+    else
+        m_timerAuto->stop();
+}
+
+void Monitor2::pulsarAuto()
+{
+    // Only while no sales request is out: the button is disabled until its reply is handled.
+    if (ui->pushButton_actualizar->isEnabled() && !m_ventasEnEspera)
+        ui->pushButton_actualizar->click();
+}
+
+void Monitor2::mostrarFrescura(bool hayRespuesta)
+{
+    if (hayRespuesta) {
+        // Same text on every machine, whatever its locale.
+        const QLocale local(QLocale::Spanish, QLocale::Venezuela);
+        ui->label_actualizado->setText(QStringLiteral("Actualizado ") +
+                                       local.toString(reloj(), QStringLiteral("h:mm:ss ap")));
+        ui->label_actualizado->setStyleSheet(QString());
+    } else {
+        ui->label_actualizado->setText(QStringLiteral("Sin respuesta del servidor"));
+        ui->label_actualizado->setStyleSheet(SesionGlobal::colorRojo);
+    }
+}
+
 void Monitor2::on_comboBox_currentIndexChanged(int)
 {
+    ui->label_actualizado->clear();
+    ui->label_actualizado->setStyleSheet(QString());
+    if (m_ventasEnEspera && !vigente(m_pedidoEnEspera))
+        descartarVentas();
     if (ui->comboBox->count() > 0) {
         limpiar();
         cargarResultados();
@@ -246,6 +369,10 @@ void Monitor2::on_comboBox_currentIndexChanged(int)
 
 void Monitor2::on_dateEdit_fecha_dateChanged(const QDate &)
 {
+    ui->label_actualizado->clear();
+    ui->label_actualizado->setStyleSheet(QString());
+    if (m_ventasEnEspera && !vigente(m_pedidoEnEspera))
+        descartarVentas();
     limpiar();
     cargarResultados();
 }
@@ -253,7 +380,8 @@ void Monitor2::on_dateEdit_fecha_dateChanged(const QDate &)
 void Monitor2::limpiar()
 {
     ui->tableWidget_resumen_numeros->setRowCount(0);
-    ui->tableWidget_resumen_agencias->setRowCount(0);
+    ui->tableWidget_resumen_agencias->setSortingEnabled(false);
+    m_lugares->limpiar();
     ui->tableWidget_bancas->setRowCount(0);
     ui->tableWidget_tbancas->setRowCount(0);
     m_modelo->limpiar();
@@ -279,6 +407,7 @@ void Monitor2::limpiar()
         std::fill(lista->begin(), lista->end(), 0.0);
     m_ventaBruta = 0;
     m_comision = 0;
+    actualizarRiesgo();
 }
 
 // ---- sales ----
@@ -287,16 +416,55 @@ void Monitor2::on_pushButton_actualizar_clicked()
 {
     cargarResultados();
     ui->pushButton_actualizar->setEnabled(false);
-    red::get(m_redVentas, QStringLiteral("monitorventas.php?&f=") +
-                              fechaServidor(ui->dateEdit_fecha->date()) +
-                              QStringLiteral("&j=") + cjuegoActual());
+    QNetworkReply *reply = red::get(m_redVentas, QStringLiteral("monitorventas.php?&f=") +
+                                                     fechaServidor(ui->dateEdit_fecha->date()) +
+                                                     QStringLiteral("&j=") + cjuegoActual());
+    m_pedidos.insert(reply, pedidoActual());
 }
 
 void Monitor2::respuestaVentas(QNetworkReply *reply)
 {
-    const QByteArray bruto = red::bytesRespuesta(reply);
+    QByteArray bruto = red::bytesRespuesta(reply);
+    const Pedido p = m_pedidos.take(reply);
     reply->deleteLater();
+    if (!vigente(p)) {
+        m_ventasEnEspera = false;
+        descartarVentas();
+        return;
+    }
+    // The results sent with this press decide Premios and the winning plays: wait for them.
+    if (m_resultadosAtendidos < p.resultados) {
+        m_ventasEnEspera = true;
+        m_brutoEnEspera = std::move(bruto);
+        m_pedidoEnEspera = p;
+        return;
+    }
+    mostrarVentas(std::move(bruto));
+}
 
+void Monitor2::atenderVentasEnEspera()
+{
+    if (!m_ventasEnEspera || m_resultadosAtendidos < m_pedidoEnEspera.resultados)
+        return;
+    m_ventasEnEspera = false;
+    QByteArray bruto = std::move(m_brutoEnEspera);
+    m_brutoEnEspera = QByteArray();
+    if (vigente(m_pedidoEnEspera))
+        mostrarVentas(std::move(bruto));
+    else
+        descartarVentas();
+}
+
+void Monitor2::descartarVentas()
+{
+    m_ventasEnEspera = false;
+    m_brutoEnEspera = QByteArray();
+    ui->pushButton_actualizar->setEnabled(true);
+    emit ventasDescartadas();
+}
+
+void Monitor2::mostrarVentas(QByteArray bruto)
+{
     ui->tableWidget->setSortingEnabled(false);
     ui->tableWidget_resumen_numeros->setSortingEnabled(false);
     limpiar();
@@ -308,6 +476,9 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
 
     auto datos = std::make_shared<DatosVentas>(analizarVentas(
         bruto, m_listas, cjuego, csorteoActual(), m_listas.factoresSorteo.value(indice)));
+    mostrarFrescura(!bruto.isEmpty());
+    // Everything needed was taken from the reply; it is not kept.
+    bruto = QByteArray();
     if (datos->jugadas.empty()) {
         ui->pushButton_actualizar->setFocus();
         emit ventasMostradas();
@@ -339,21 +510,21 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
         agencias->setItem(f, 0, celda(ag.nombre));
         if (fila.jugadas > 1) {
             agencias->setItem(f, 1, celda(QString::number(fila.jugadas), Qt::AlignCenter));
-            agencias->setItem(f, 2, celda(monto(fila.suma), kDerecha));
+            agencias->setItem(f, 2, celda(montoCentavos(fila.centavos), kDerecha));
         } else {
             agencias->setItem(f, 1, celda(QStringLiteral("1")));
-            agencias->setItem(f, 2, celda(monto(fila.suma)));
+            agencias->setItem(f, 2, celda(montoCentavos(fila.centavos)));
         }
         agencias->setItem(f, 3, celda(d.bancas[std::size_t(fila.banca)].nombre));
         agencias->setItem(f, 4, celda(ag.clave));
         m_filaAgencia.insert(ag.clave, f);
     }
 
-    ventaBrutaBanca = QList<double>::fromVector(d.ventaBrutaBanca);
-    comisionBanca = QList<double>::fromVector(d.comisionBanca);
-    ventaNetaBanca = QList<double>::fromVector(d.ventaNetaBanca);
-    premiosBanca = QList<double>::fromVector(d.premiosBanca);
-    utilidadBanca = QList<double>::fromVector(d.utilidadBanca);
+    ventaBrutaBanca = enUnidades(d.ventaBrutaBanca);
+    comisionBanca = enUnidades(d.comisionBanca);
+    ventaNetaBanca = enUnidades(d.ventaNetaBanca);
+    premiosBanca = enUnidades(d.premiosBanca);
+    utilidadBanca = enUnidades(d.utilidadBanca);
 
     m_ventaBruta = d.ventaBruta;
     m_comision = d.comision;
@@ -365,12 +536,12 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
     tbancas->setRowCount(nb);
     for (int b = 0; b < nb; ++b) {
         tbancas->setItem(b, 0, celda(m_listas.nombresBanca.value(b), kDerecha));
-        tbancas->setItem(b, 1, celda(monto(ventaBrutaBanca.value(b)), kDerecha));
-        tbancas->setItem(b, 2, celda(monto(comisionBanca.value(b)), kDerecha));
-        tbancas->setItem(b, 3, celda(monto(ventaNetaBanca.value(b)), kDerecha));
-        tbancas->setItem(b, 4, celda(monto(premiosBanca.value(b)), kDerecha));
-        QTableWidgetItem *utilidad = celda(monto(utilidadBanca.value(b)), kDerecha);
-        if (utilidadBanca.value(b) < 0)
+        tbancas->setItem(b, 1, celda(montoCentavos(d.ventaBrutaBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 2, celda(montoCentavos(d.comisionBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 3, celda(montoCentavos(d.ventaNetaBanca.value(b)), kDerecha));
+        tbancas->setItem(b, 4, celda(montoCentavos(d.premiosBanca.value(b)), kDerecha));
+        QTableWidgetItem *utilidad = celda(montoCentavos(d.utilidadBanca.value(b)), kDerecha);
+        if (d.utilidadBanca.value(b) < 0)
             utilidad->setForeground(QBrush(Qt::red));
         tbancas->setItem(b, 5, utilidad);
     }
@@ -385,6 +556,8 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
     ui->pushButton_actualizar->setEnabled(true);
     ui->pushButton_actualizar->setFocus();
 
+    actualizarRiesgo();
+
     if (d.hayResultado) {
         ui->lineEdit_animal->setText(animal(cjuego, d.resultado));
         ui->tableWidget->selectionModel()->select(
@@ -396,26 +569,26 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
 
 void Monitor2::mostrarTotales()
 {
-    const double neta = m_ventaBruta - m_comision;
-    const double premios = m_ventas ? m_ventas->premios : 0.0;
-    const double utilidad = neta - premios;
+    const std::int64_t neta = m_ventaBruta - m_comision;
+    const std::int64_t premios = m_ventas ? m_ventas->premios : 0;
+    const std::int64_t utilidad = neta - premios;
     ui->label_jugadas->setText(QString::number(m_ventas ? m_ventas->cantidad : 0));
-    ui->label_monto->setText(monto(m_ventaBruta));
-    ui->lineEdit_vbrutaS->setText(monto(m_ventaBruta));
-    ui->label_montott->setText(monto(m_ventaBruta));
-    ui->lineEdit_comisionS->setText(monto(m_comision));
-    ui->label_comisiont->setText(monto(m_comision));
-    ui->lineEdit_vnetaS->setText(monto(neta));
-    ui->label_ventaneta->setText(monto(neta));
-    ui->lineEdit_premioS->setText(monto(premios));
-    ui->label_premios->setText(monto(premios));
+    ui->label_monto->setText(montoCentavos(m_ventaBruta));
+    ui->lineEdit_vbrutaS->setText(montoCentavos(m_ventaBruta));
+    ui->label_montott->setText(montoCentavos(m_ventaBruta));
+    ui->lineEdit_comisionS->setText(montoCentavos(m_comision));
+    ui->label_comisiont->setText(montoCentavos(m_comision));
+    ui->lineEdit_vnetaS->setText(montoCentavos(neta));
+    ui->label_ventaneta->setText(montoCentavos(neta));
+    ui->lineEdit_premioS->setText(montoCentavos(premios));
+    ui->label_premios->setText(montoCentavos(premios));
     mostrarUtilidad(utilidad);
 }
 
-void Monitor2::mostrarUtilidad(double utilidad)
+void Monitor2::mostrarUtilidad(std::int64_t utilidad)
 {
-    ui->lineEdit_utilidadS->setText(monto(utilidad));
-    ui->label_utilidad->setText(monto(utilidad));
+    ui->lineEdit_utilidadS->setText(montoCentavos(utilidad));
+    ui->label_utilidad->setText(montoCentavos(utilidad));
     ui->label_utilidad->setStyleSheet(utilidad < 0 ? SesionGlobal::colorRojo : QString());
 }
 
@@ -431,9 +604,11 @@ void Monitor2::actualizar_resumen(QString _numero, double _monto)
     if (fila >= 0) {
         const QTableWidgetItem *montoItem = tabla->item(fila, 2);
         const QTableWidgetItem *jugItem = tabla->item(fila, 3);
-        const double suma = (montoItem ? montoItem->text().toDouble() : 0.0) + _monto;
+        // Both figures in whole cents, so the sum is exact.
+        const std::int64_t suma =
+            aCentavos(montoItem ? montoItem->text().toDouble() : 0.0) + aCentavos(_monto);
         const int jugadas = (jugItem ? jugItem->text().toInt() : 0) + 1;
-        tabla->setItem(fila, 2, celda(QString::number(suma, 'f', 2), kDerecha));
+        tabla->setItem(fila, 2, celda(QString::number(deCentavos(suma), 'f', 2), kDerecha));
         tabla->setItem(fila, 3, celda(QString::number(jugadas), kDerecha));
         return;
     }
@@ -441,38 +616,36 @@ void Monitor2::actualizar_resumen(QString _numero, double _monto)
     tabla->insertRow(fila);
     tabla->setItem(fila, 0, celda(_numero));
     tabla->setItem(fila, 1, celda(animal(cjuegoActual(), _numero)));
-    tabla->setItem(fila, 2, celda(QString::number(_monto, 'f', 2), kDerecha));
+    tabla->setItem(fila, 2,
+                   celda(QString::number(deCentavos(aCentavos(_monto)), 'f', 2), kDerecha));
     tabla->setItem(fila, 3, celda(QStringLiteral("1"), kDerecha));
 }
 
 void Monitor2::click_numero(QString numero)
 {
+    // Clearing first, then selecting into an empty selection, keeps the selection model's
+    // bookkeeping in proportion to the number's plays.
     const int n = m_modelo->indiceNumero(numero);
     QItemSelectionModel *seleccion = ui->tableWidget->selectionModel();
-    const int filas = m_modelo->rowCount();
-    if (filas > 0) {
-        seleccion->select(QItemSelection(m_modelo->index(0, 0),
-                                         m_modelo->index(filas - 1, ModeloJugadas::ColEstado)),
-                          QItemSelectionModel::Deselect);
+    seleccion->clearSelection();
+    if (n >= 0)
         seleccion->select(m_modelo->seleccionDeNumero(n, 0, ModeloJugadas::ColEstado),
                           QItemSelectionModel::Select);
-    }
 
     const QString cjuego = cjuegoActual();
     ui->lineEdit_animal->setText(animal(cjuego, numero));
-    int cantidad = 0;
-    double suma = 0;
-    m_modelo->sumarNumero(n, cantidad, suma);
-    const double premio = m_listas.factoresSorteo.value(ui->comboBox->currentIndex()) * suma;
-    ui->lineEdit_jugadas->setText(QString::number(cantidad));
-    ui->lineEdit_monto->setText(monto(suma));
-    ui->lineEdit_premio->setText(monto(premio));
+    // The prize is the draw's factor times each play, each rounded to the cent, summed.
+    const DatosVentas::Numero vacio;
+    const DatosVentas::Numero &num = n >= 0 ? m_ventas->numeros[std::size_t(n)] : vacio;
+    ui->lineEdit_jugadas->setText(QString::number(num.jugadas));
+    ui->lineEdit_monto->setText(montoCentavos(num.centavos));
+    ui->lineEdit_premio->setText(montoCentavos(num.premio));
 
     const QString csorteo = csorteoActual();
     if (hayResultado(cjuego, csorteo) && resultado(cjuego, csorteo) == numero) {
-        ui->lineEdit_premioS->setText(monto(premio));
-        ui->label_premios->setText(monto(premio));
-        mostrarUtilidad(m_ventaBruta - m_comision - premio);
+        ui->lineEdit_premioS->setText(montoCentavos(num.premio));
+        ui->label_premios->setText(montoCentavos(num.premio));
+        mostrarUtilidad(m_ventaBruta - m_comision - num.premio);
     }
 }
 
@@ -483,16 +656,16 @@ void Monitor2::on_tableWidget_clicked(const QModelIndex &index)
     const bool seleccionada = ui->tableWidget->selectionModel()->isSelected(index);
     const QString numero = m_modelo->texto(index.row(), ModeloJugadas::ColNumero);
     click_numero(numero);
-    ui->tableWidget->selectionModel()->select(
-        m_modelo->seleccionDeNumero(m_modelo->indiceNumero(numero), 0, ModeloJugadas::ColEstado),
-        seleccionada ? QItemSelectionModel::Select : QItemSelectionModel::Deselect);
+    // click_numero left exactly the number's plays selected; deselecting them clears it all.
+    if (!seleccionada)
+        ui->tableWidget->selectionModel()->clearSelection();
 }
 
 void Monitor2::on_tableWidget_resumen_numeros_clicked(const QModelIndex &index)
 {
-    QTableWidget *lista = ui->tableWidget_resumen_agencias;
-    lista->setRowCount(0);
+    QTableView *lista = ui->tableWidget_resumen_agencias;
     lista->setSortingEnabled(false);
+    m_lugares->limpiar();
     const QTableWidgetItem *item = ui->tableWidget_resumen_numeros->item(index.row(), 0);
     if (!item)
         return;
@@ -501,25 +674,168 @@ void Monitor2::on_tableWidget_resumen_numeros_clicked(const QModelIndex &index)
     // One row per play of the number that is not deleted, in the plays table's order.
     const int n = m_modelo->indiceNumero(numero);
     if (n >= 0) {
-        const DatosVentas &d = *m_modelo->datos();
-        std::vector<int> filas;
-        for (int f = 0; f < m_modelo->rowCount(); ++f) {
-            const JugadaVenta &j = m_modelo->jugadaEnFila(f);
-            if (j.numero == n && j.estado != JugadaVenta::Eliminado)
-                filas.push_back(f);
+        const int *f = nullptr, *fin = nullptr;
+        m_modelo->filasDeNumero(n, f, fin);
+        std::vector<int> jugadas;
+        jugadas.reserve(std::size_t(fin - f));
+        for (; f != fin; ++f) {
+            const int i = m_modelo->indiceJugada(*f);
+            if (m_ventas->jugadas[std::size_t(i)].estado != JugadaVenta::Eliminado)
+                jugadas.push_back(i);
         }
-        lista->setRowCount(int(filas.size()));
-        for (int r = 0; r < int(filas.size()); ++r) {
-            const JugadaVenta &j = m_modelo->jugadaEnFila(filas[std::size_t(r)]);
-            lista->setItem(r, 0, celda(d.bancas[std::size_t(j.banca)].nombre));
-            lista->setItem(r, 1, celda(d.agencias[std::size_t(j.agencia)].nombre));
-            lista->setItem(
-                r, 2,
-                celda(m_modelo->texto(filas[std::size_t(r)], ModeloJugadas::ColMonto), kDerecha));
-        }
+        m_lugares->mostrar(m_ventas, std::move(jugadas), SesionGlobal::decimales);
     }
     // click_numero leaves exactly the plays of the number selected.
     click_numero(numero);
     lista->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
     lista->setSortingEnabled(true);
+}
+
+// ---- risk page ----
+
+void Monitor2::configurarRiesgo()
+{
+    QTableWidget *tabla = ui->tableWidget_riesgo;
+    tabla->setColumnCount(6);
+    tabla->setHorizontalHeaderLabels({QStringLiteral("#"), QStringLiteral("Nombre"),
+                                      QStringLiteral("Jugado"), QStringLiteral("Premio si sale"),
+                                      QStringLiteral("% Venta Neta"),
+                                      QStringLiteral("Resultado si sale")});
+    anchos(tabla, {36, 75, 80, 110, 100, 125});
+    tabla->verticalHeader()->hide();
+    tabla->horizontalHeader()->setStyleSheet(kEstiloEncabezado);
+    ui->splitter_riesgo->setStretchFactor(0, 3);
+    ui->splitter_riesgo->setStretchFactor(1, 2);
+    tabla->setEditTriggers(QAbstractItemView::NoEditTriggers);
+
+    auto *grafico = new QChart;
+    grafico->legend()->hide();
+    grafico->setMargins(QMargins(4, 4, 4, 4));
+    grafico->setBackgroundRoundness(0);
+    m_graficoRiesgo = new QChartView(grafico, ui->widget_graficoRiesgo);
+    m_graficoRiesgo->setObjectName(QStringLiteral("chartView_riesgo"));
+    m_graficoRiesgo->setRenderHint(QPainter::Antialiasing);
+    ui->layout_graficoRiesgo->addWidget(m_graficoRiesgo);
+}
+
+void Monitor2::on_spinBox_limite_valueChanged(int)
+{
+    actualizarRiesgo();
+}
+
+void Monitor2::actualizarRiesgo()
+{
+    const int indice = ui->comboBox->currentIndex();
+    m_riesgo = m_ventas ? calcularRiesgo(*m_ventas, m_listas.factoresSorteo.value(indice),
+                                         ui->spinBox_limite->value())
+                        : Riesgo();
+    const Riesgo &r = m_riesgo;
+    ui->label_riesgo->setText(r.resumen(SesionGlobal::decimales));
+
+    QTableWidget *tabla = ui->tableWidget_riesgo;
+    tabla->setSortingEnabled(false);
+    tabla->setRowCount(int(r.filas.size()));
+    QFont negrita = tabla->font();
+    negrita.setBold(true);
+    for (int f = 0; f < int(r.filas.size()); ++f) {
+        const FilaRiesgo &fila = r.filas[std::size_t(f)];
+        double p = 0;
+        const bool hayP = r.porcentaje(fila, p);
+        QTableWidgetItem *celdas[6] = {
+            celda(fila.numero),
+            celda(fila.nombre),
+            new CeldaNumero(montoCentavos(fila.jugado), double(fila.jugado)),
+            new CeldaNumero(montoCentavos(fila.premio), double(fila.premio)),
+            new CeldaNumero(hayP ? QString::number(std::llround(p)) + QStringLiteral(" %")
+                                 : QString(),
+                            hayP ? p : 0.0),
+            new CeldaNumero(montoCentavos(fila.resultado), double(fila.resultado))};
+        for (int c = 0; c < 6; ++c) {
+            QTableWidgetItem *item = celdas[c];
+            if (fila.sobreLimite)
+                item->setForeground(QBrush(Qt::red));
+            if (fila.ganador) {
+                item->setFont(negrita);
+                item->setBackground(QBrush(QColor(255, 236, 179)));
+                item->setToolTip(QStringLiteral("Resultado del sorteo"));
+            }
+            tabla->setItem(f, c, item);
+        }
+    }
+    tabla->horizontalHeader()->setSortIndicator(3, Qt::DescendingOrder);
+    tabla->setSortingEnabled(true);
+    dibujarRiesgo();
+}
+
+void Monitor2::dibujarRiesgo()
+{
+    QChart *grafico = m_graficoRiesgo->chart();
+    grafico->removeAllSeries();
+    for (QAbstractAxis *eje : grafico->axes()) {
+        grafico->removeAxis(eje);
+        delete eje;
+    }
+    const Riesgo &r = m_riesgo;
+    if (r.filas.empty())
+        return;
+
+    // One bar per number, in the table's order; the part over the limit line in red.
+    auto *normal = new QBarSet(QStringLiteral("Jugado"));
+    auto *sobre = new QBarSet(QStringLiteral("Sobre el límite"));
+    normal->setColor(QColor(0, 98, 147));
+    sobre->setColor(Qt::red);
+    QStringList categorias;
+    double maximo = std::max(0.0, r.jugadoLimite / 100.0);
+    for (const FilaRiesgo &f : r.filas) {
+        const double jugado = deCentavos(f.jugado);
+        *normal << (f.sobreLimite ? 0.0 : jugado);
+        *sobre << (f.sobreLimite ? jugado : 0.0);
+        categorias << f.numero;
+        maximo = std::max(maximo, jugado);
+    }
+    auto *barras = new QStackedBarSeries;
+    barras->append(normal);
+    barras->append(sobre);
+    barras->setBarWidth(0.8);
+    grafico->addSeries(barras);
+    connect(barras, &QStackedBarSeries::hovered, this, [this](bool dentro, int i, QBarSet *) {
+        if (!dentro || i < 0 || i >= int(m_riesgo.filas.size())) {
+            QToolTip::hideText();
+            return;
+        }
+        const FilaRiesgo &f = m_riesgo.filas[std::size_t(i)];
+        QToolTip::showText(QCursor::pos(), f.numero + QLatin1Char('-') + f.nombre +
+                                               QStringLiteral(": ") + montoCentavos(f.jugado));
+    });
+
+    // The amount whose prize equals the limit.
+    auto *limite = new QLineSeries;
+    limite->setName(QStringLiteral("Límite"));
+    const double y = r.jugadoLimite / 100.0;
+    limite->append(-0.5, y);
+    limite->append(double(r.filas.size()) - 0.5, y);
+    QPen lapiz(QColor(160, 0, 0));
+    lapiz.setWidth(2);
+    lapiz.setStyle(Qt::DashLine);
+    limite->setPen(lapiz);
+    grafico->addSeries(limite);
+
+    auto *ejeX = new QBarCategoryAxis;
+    ejeX->append(categorias);
+    QFont chica = ejeX->labelsFont();
+    chica.setPointSize(7);
+    ejeX->setLabelsFont(chica);
+    // Past a score of numbers the labels no longer fit; the bars then tell their number on
+    // hover.
+    ejeX->setLabelsVisible(categorias.size() <= 20);
+    grafico->addAxis(ejeX, Qt::AlignBottom);
+    barras->attachAxis(ejeX);
+    limite->attachAxis(ejeX);
+    auto *ejeY = new QValueAxis;
+    ejeY->setRange(0, maximo > 0 ? maximo * 1.1 : 1.0);
+    ejeY->setLabelFormat(QStringLiteral("%.0f"));
+    ejeY->setLabelsFont(chica);
+    grafico->addAxis(ejeY, Qt::AlignLeft);
+    barras->attachAxis(ejeY);
+    limite->attachAxis(ejeY);
 }

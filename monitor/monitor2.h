@@ -1,6 +1,7 @@
 #pragma once
 
 #include "monitor/listasmonitor.h"
+#include "monitor/riesgo.h"
 #include "monitor/ventasmonitor.h"
 
 #include <QDate>
@@ -15,9 +16,14 @@
 #include <memory>
 
 class ModeloJugadas;
+class ModeloLugares;
 class QNetworkAccessManager;
 class QNetworkReply;
 class QTimer;
+
+namespace QtCharts {
+class QChartView;
+}
 
 namespace Ui {
 class Monitor2;
@@ -35,9 +41,15 @@ public:
 
     const ListasMonitor &listas() const { return m_listas; }
     ModeloJugadas *modeloJugadas() const { return m_modelo; }
+    // The risk figures on the "Riesgo" page, as last computed.
+    const Riesgo &riesgo() const { return m_riesgo; }
 
     // Banca totals, one entry per entry of ListasMonitor::indiceBancas.
     QList<double> ventaBrutaBanca, comisionBanca, ventaNetaBanca, premiosBanca, utilidadBanca;
+
+    // How often "Auto" presses "Actualizar", in milliseconds (30 s unless changed).
+    void setIntervaloAuto(int milisegundos);
+    int intervaloAuto() const;
 
     // Where the clock takes the time from (the system clock unless replaced).
     std::function<QTime()> reloj = [] {
@@ -64,12 +76,32 @@ public slots:
     void actualizar_resumen(QString _numero, double _monto);
     void on_tableWidget_resumen_numeros_clicked(const QModelIndex &index);
     void click_numero(QString numero);
+    void on_checkBox_auto_toggled(bool activo);
+    void on_spinBox_limite_valueChanged(int limite);
 
 signals:
     // Emitted when a sales reply has been shown completely (tables filled and sorted).
     void ventasMostradas();
+    // Emitted when a sales reply was dropped because the date or draw changed meanwhile.
+    void ventasDescartadas();
 
 private:
+    // What a request was sent for: a reply counts only while these are still the current ones.
+    struct Pedido {
+        QDate fecha;
+        int indice = -1;
+        QString cjuego;
+        QString csorteo;
+        quint64 resultados = 0; // the results request sent with it (its number)
+    };
+    Pedido pedidoActual() const;
+    bool vigente(const Pedido &p) const;
+    void mostrarVentas(QByteArray bruto);
+    void descartarVentas();
+    void atenderVentasEnEspera();
+    void pulsarAuto();
+    void mostrarFrescura(bool hayRespuesta);
+
     void respuestaSorteos(QNetworkReply *reply);
     void respuestaBancas(QNetworkReply *reply);
     void respuestaAgencias(QNetworkReply *reply);
@@ -77,13 +109,17 @@ private:
     void respuestaVentas(QNetworkReply *reply);
 
     void configurarTablas();
+    void configurarRiesgo();
+    void actualizarRiesgo();
+    void dibujarRiesgo();
     void mostrarTotales();
-    void mostrarUtilidad(double utilidad);
+    void mostrarUtilidad(std::int64_t utilidad);
     QString cjuegoActual() const;
     QString csorteoActual() const;
 
     Ui::Monitor2 *ui;
     ModeloJugadas *m_modelo = nullptr;
+    ModeloLugares *m_lugares = nullptr;
     ListasMonitor m_listas;
     std::shared_ptr<const DatosVentas> m_ventas;
     QHash<QString, int> m_filaAgencia; // long agency code -> per-agency position
@@ -94,8 +130,21 @@ private:
     QNetworkAccessManager *m_redResultados = nullptr;
     QNetworkAccessManager *m_redVentas = nullptr;
     QTimer *m_timer = nullptr;
+    QTimer *m_timerAuto = nullptr;
+    QtCharts::QChartView *m_graficoRiesgo = nullptr;
+    Riesgo m_riesgo;
     QTime m_hora;
 
-    double m_ventaBruta = 0;
-    double m_comision = 0;
+    // Results requests are numbered; a results reply older than the one applied is dropped,
+    // and a sales reply waits until the results reply sent with it has been handled.
+    quint64 m_resultadosPedidos = 0;
+    quint64 m_resultadosAplicados = 0;
+    quint64 m_resultadosAtendidos = 0;
+    QHash<QNetworkReply *, Pedido> m_pedidos;
+    bool m_ventasEnEspera = false;
+    QByteArray m_brutoEnEspera;
+    Pedido m_pedidoEnEspera;
+
+    std::int64_t m_ventaBruta = 0; // cents
+    std::int64_t m_comision = 0;
 };

@@ -5,7 +5,10 @@
 
 #include <QTime>
 
+#include <algorithm>
+#include <cmath>
 #include <cstring>
+#include <limits>
 #include <string>
 
 namespace {
@@ -59,14 +62,27 @@ private:
         std::size_t largo;
     };
 
+    // Keys are short (codes of a few bytes): eight bytes at a time, then a final mix so that
+    // the low bits the table uses depend on every byte.
     static std::uint64_t hash(const char *p, std::size_t n)
     {
-        std::uint64_t h = 1469598103934665603ull;
-        for (std::size_t i = 0; i < n; ++i) {
-            h ^= std::uint8_t(p[i]);
-            h *= 1099511628211ull;
+        std::uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
+        while (n >= 8) {
+            std::uint64_t w;
+            std::memcpy(&w, p, 8);
+            h = (h ^ w) * 0xBF58476D1CE4E5B9ull;
+            h ^= h >> 31;
+            p += 8;
+            n -= 8;
         }
-        return h ^ (h >> 29);
+        if (n > 0) {
+            std::uint64_t w = 0;
+            std::memcpy(&w, p, n);
+            h = (h ^ w) * 0x94D049BB133111EBull;
+        }
+        h ^= h >> 32;
+        h *= 0xD6E8FEB86659FD93ull;
+        return h ^ (h >> 32);
     }
 
     void crecer()
@@ -96,46 +112,6 @@ struct Campo {
     int n;
     QString texto() const { return QString::fromLatin1(p, n); }
     bool es(char c) const { return n == 1 && *p == c; }
-};
-
-// Running state of one number of the per-number summary. The summary adds each play to the
-// amount it shows with two decimals and reads it back, so the sum is rounded to cents at each
-// step; whole cents are added exactly as integers, which gives the same texts, and anything
-// else falls back to the same rounding step by step.
-struct SumaResumen {
-    int fila = -1;
-    bool exacto = true;
-    std::int64_t centavos = 0;
-    double valor = 0;
-
-    void agregar(double monto, bool montoExacto, std::int64_t c, bool primera)
-    {
-        if (primera) {
-            exacto = montoExacto;
-            if (exacto)
-                centavos = c;
-            else
-                valor = QString::number(monto, 'f', 2).toDouble();
-            return;
-        }
-        if (exacto && montoExacto) {
-            const std::int64_t suma = centavos + c;
-            if (suma < kLimiteCentavos && suma > -kLimiteCentavos) {
-                centavos = suma;
-                return;
-            }
-        }
-        if (exacto) {
-            valor = double(centavos) / 100.0;
-            exacto = false;
-        }
-        valor = QString::number(valor + monto, 'f', 2).toDouble();
-    }
-
-    QString texto() const
-    {
-        return QString::number(exacto ? double(centavos) / 100.0 : valor, 'f', 2);
-    }
 };
 
 } // namespace
@@ -193,6 +169,19 @@ double leerMonto(const char *p, int n, bool *exacto, std::int64_t *centavos)
     return valor;
 }
 
+std::int64_t redondearCentavos(double centavos)
+{
+    // Also false for NaN.
+    if (!(std::fabs(centavos) < 1e14))
+        return 0;
+    return std::llround(centavos);
+}
+
+std::int64_t aCentavos(double monto)
+{
+    return redondearCentavos(monto * 100.0);
+}
+
 int leerHora(const char *p, int n)
 {
     auto dig = [p](int i) {
@@ -234,38 +223,80 @@ QString textoEstado(std::uint8_t estado)
     }
 }
 
+namespace {
+
+// A text of DatosVentas::textos: its length in `bytesLargo` bytes (little-endian), then itself.
+QString textoGuardado(const QByteArray &textos, std::uint32_t desde, int bytesLargo)
+{
+    const auto *p = reinterpret_cast<const unsigned char *>(textos.constData()) + desde;
+    const int largo = bytesLargo == 2 ? p[0] | (p[1] << 8) : p[0];
+    return QString::fromLatin1(reinterpret_cast<const char *>(p + bytesLargo), largo);
+}
+
+std::uint32_t guardarTexto(QByteArray &textos, const char *p, int n, int bytesLargo)
+{
+    const auto desde = std::uint32_t(textos.size());
+    n = std::min(n, bytesLargo == 2 ? 0xffff : 0xff);
+    textos.append(char(n & 0xff));
+    if (bytesLargo == 2)
+        textos.append(char(n >> 8));
+    textos.append(p, n);
+    return desde;
+}
+
+} // namespace
+
 QString DatosVentas::ticket(const JugadaVenta &j) const
 {
-    return QString::fromLatin1(bruto.constData() + j.ticket, int(j.largoTicket));
+    return textoGuardado(textos, j.ticket, 2);
 }
 
 QString DatosVentas::dato(const JugadaVenta &j) const
 {
-    return QString::fromLatin1(bruto.constData() + j.dato, int(j.largoDato));
+    return textoGuardado(textos, j.dato, 2);
+}
+
+QString DatosVentas::segundoMonto(const JugadaVenta &j) const
+{
+    const auto *p = reinterpret_cast<const unsigned char *>(textos.constData()) + j.dato;
+    return textoGuardado(textos, j.dato + 2 + std::uint32_t(p[0] | (p[1] << 8)), 1);
 }
 
 DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
                            const QString &cjuego, const QString &csorteo, double factor)
 {
     DatosVentas d;
-    d.bruto = bruto;
     const int nb = listas.indiceBancas.size();
-    d.ventaBrutaBanca.fill(0.0, nb);
-    d.comisionBanca.fill(0.0, nb);
-    d.ventaNetaBanca.fill(0.0, nb);
-    d.premiosBanca.fill(0.0, nb);
-    d.utilidadBanca.fill(0.0, nb);
+    d.ventaBrutaBanca.fill(0, nb);
+    d.comisionBanca.fill(0, nb);
+    d.ventaNetaBanca.fill(0, nb);
+    d.premiosBanca.fill(0, nb);
+    d.utilidadBanca.fill(0, nb);
     d.hayResultado = listas.hayResultado(cjuego, csorteo);
     d.resultado = listas.resultado(cjuego, csorteo);
 
     const char *base = bruto.constData();
     const char *p = base;
     const char *fin = base + bruto.size();
-    // Rough play count from the size, to avoid regrowing the vector many times.
-    d.jugadas.reserve(std::size_t(bruto.size() / 48 + 16));
+    // Room for every line at once: counting them is cheaper than regrowing, and nothing is
+    // reserved twice.
+    std::size_t lineas = 1;
+    for (const char *q = p;
+         (q = static_cast<const char *>(std::memchr(q, '\n', std::size_t(fin - q)))) != nullptr;
+         ++q)
+        ++lineas;
+    d.jugadas.reserve(lineas);
+    // The kept texts never exceed the reply plus their lengths: reserving that bound never
+    // copies the block, and pages never written are never resident.
+    d.textos.reserve(int(std::min<qint64>(qint64(bruto.size()) + 5 * qint64(lineas),
+                                          std::numeric_limits<int>::max() - 64)));
+    // The ticket of the previous play: a ticket's plays come together and share its text.
+    const char *ticketAnterior = nullptr;
+    int largoAnterior = -1;
+    std::uint32_t ticketGuardado = 0;
 
     Internador bancas, agencias, numeros;
-    std::vector<SumaResumen> sumas;
+    std::vector<int> filaResumen;
     std::vector<int> filaDeAgencia;
     std::string clave;
     Campo f[12];
@@ -315,19 +346,24 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
         if (nuevo) {
             const QString numero = f[7].texto();
             d.numeros.push_back({numero, listas.animal(cjuego, numero)});
-            sumas.emplace_back();
+            filaResumen.push_back(-1);
             if (d.hayResultado && numero == d.resultado)
                 d.numeroGanador = j.numero;
         }
-        j.hora = leerHora(f[1].p, f[1].n);
-        j.ticket = std::uint32_t(f[5].p - base);
-        j.largoTicket = std::uint32_t(f[5].n);
-        j.dato = std::uint32_t(f[6].p - base);
-        j.largoDato = std::uint32_t(f[6].n);
+        const int segundos = leerHora(f[1].p, f[1].n);
+        j.minuto = std::int16_t(segundos < 0 ? -1 : segundos / 60);
+        if (f[5].n != largoAnterior ||
+            std::memcmp(ticketAnterior, f[5].p, std::size_t(f[5].n)) != 0) {
+            ticketGuardado = guardarTexto(d.textos, f[5].p, f[5].n, 2);
+            ticketAnterior = f[5].p;
+            largoAnterior = f[5].n;
+        }
+        j.ticket = ticketGuardado;
+        j.dato = guardarTexto(d.textos, f[6].p, f[6].n, 2);
+        guardarTexto(d.textos, f[9].p, f[9].n, 1);
         bool exacto = false;
         std::int64_t centavos = 0;
         j.monto = leerMonto(f[8].p, f[8].n, &exacto, &centavos);
-        j.segundoMonto = leerMonto(f[9].p, f[9].n);
         if (f[10].es('E'))
             j.estado = JugadaVenta::Eliminado;
         else if (f[11].es('X'))
@@ -336,47 +372,55 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
         if (j.estado == JugadaVenta::Eliminado)
             continue;
 
+        // Every figure in whole cents before it is summed.
+        const std::int64_t cts = exacto ? centavos : aCentavos(j.monto);
+        const std::int64_t comision =
+            redondearCentavos(d.agencias[std::size_t(j.agencia)].comision * double(cts));
+        const std::int64_t premioSiSale = redondearCentavos(factor * double(cts));
+
         // Per-number summary.
-        SumaResumen &s = sumas[std::size_t(j.numero)];
-        const bool primera = s.fila < 0;
-        if (primera) {
-            s.fila = int(d.resumen.size());
+        DatosVentas::Numero &num = d.numeros[std::size_t(j.numero)];
+        int &fr = filaResumen[std::size_t(j.numero)];
+        if (fr < 0) {
+            fr = int(d.resumen.size());
             d.resumen.push_back({j.numero, QString(), 0});
         }
-        s.agregar(j.monto, exacto, centavos, primera);
-        ++d.resumen[std::size_t(s.fila)].jugadas;
+        ++d.resumen[std::size_t(fr)].jugadas;
+        ++num.jugadas;
+        num.centavos += cts;
+        num.premio += premioSiSale;
 
         // Per-agency row.
         int &fila = filaDeAgencia[std::size_t(j.agencia)];
         if (fila < 0) {
             fila = int(d.filasAgencia.size());
-            d.filasAgencia.push_back({j.agencia, j.banca, 1, j.monto});
+            d.filasAgencia.push_back({j.agencia, j.banca, 1, cts});
         } else {
             DatosVentas::FilaAgencia &fa = d.filasAgencia[std::size_t(fila)];
             ++fa.jugadas;
-            fa.suma += j.monto;
+            fa.centavos += cts;
         }
 
-        const double comision = d.agencias[std::size_t(j.agencia)].comision * j.monto;
-        d.ventaBruta += j.monto;
+        d.ventaBruta += cts;
         d.comision += comision;
         ++d.cantidad;
         if (d.hayResultado) {
-            d.ventaBrutaResultado += j.monto;
+            d.ventaBrutaResultado += cts;
             d.comisionResultado += comision;
-            const double premio = j.numero == d.numeroGanador ? factor * j.monto : 0.0;
+            const std::int64_t premio = j.numero == d.numeroGanador ? premioSiSale : 0;
             d.premios += premio;
             const int ib = d.bancas[std::size_t(j.banca)].indiceBanca;
             if (ib >= 0) {
-                d.ventaBrutaBanca[ib] += j.monto;
+                d.ventaBrutaBanca[ib] += cts;
                 d.comisionBanca[ib] += comision;
-                d.ventaNetaBanca[ib] += j.monto - comision;
+                d.ventaNetaBanca[ib] += cts - comision;
                 d.premiosBanca[ib] += premio;
-                d.utilidadBanca[ib] += j.monto - comision - premio;
+                d.utilidadBanca[ib] += cts - comision - premio;
             }
         }
     }
     for (auto &fila : d.resumen)
-        fila.monto = sumas[std::size_t(fila.numero)].texto();
+        fila.monto =
+            QString::number(deCentavos(d.numeros[std::size_t(fila.numero)].centavos), 'f', 2);
     return d;
 }

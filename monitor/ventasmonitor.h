@@ -10,22 +10,21 @@
 
 class ListasMonitor;
 
-// One play of the sales reply ("monitorventas.php"), kept compactly: texts that repeat (banca,
-// agency, number) are indexes into DatosVentas' tables of distinct values, the ticket and the
-// free datum are byte ranges of the reply, which DatosVentas keeps.
+// One play of the sales reply ("monitorventas.php"), kept in 32 bytes: texts that repeat
+// (banca, agency, number) are indexes into DatosVentas' tables of distinct values; the ticket,
+// the free datum and the second amount live in DatosVentas::textos, each behind its length (the
+// reply itself is not kept). A ticket or datum longer than 65,535 bytes, or a second amount
+// longer than 255, is cut there.
 struct JugadaVenta {
     enum Estado : std::uint8_t { Ninguno = 0, Eliminado = 1, Pagado = 2 };
 
     double monto = 0;         // field 8
-    double segundoMonto = 0;  // field 9
     std::int32_t banca = 0;   // DatosVentas::bancas
     std::int32_t agencia = 0; // DatosVentas::agencias
     std::int32_t numero = 0;  // DatosVentas::numeros
-    std::int32_t hora = -1;   // seconds since midnight of field 1; -1 when it is no valid time
-    std::uint32_t ticket = 0; // field 5: offset and length in DatosVentas::bruto
-    std::uint32_t largoTicket = 0;
-    std::uint32_t dato = 0; // field 6
-    std::uint32_t largoDato = 0;
+    std::uint32_t ticket = 0; // field 5: offset of its length in DatosVentas::textos
+    std::uint32_t dato = 0;   // field 6, followed there by field 9 (the second amount)
+    std::int16_t minuto = -1; // minute of the day of field 1; -1 when it is no valid time
     std::uint8_t estado = Ninguno;
 };
 
@@ -45,11 +44,16 @@ struct DatosVentas {
     struct Numero {
         QString texto;  // field 7
         QString nombre; // animal(cjuego, field 7)
+        // Over the plays of the number that are not deleted: count, amount and the prize it
+        // would pay, in cents.
+        int jugadas = 0;
+        std::int64_t centavos = 0;
+        std::int64_t premio = 0;
     };
     // A row of the per-number summary, in the order numbers were first seen.
     struct FilaResumen {
         int numero;
-        QString monto; // running sum as the summary writes it (two decimals)
+        QString monto; // sum as the summary writes it (two decimals)
         int jugadas;
     };
     // A row of the per-agency table, in the order agencies were first seen.
@@ -57,10 +61,10 @@ struct DatosVentas {
         int agencia;
         int banca; // banca of the first play of the agency
         int jugadas;
-        double suma;
+        std::int64_t centavos;
     };
 
-    QByteArray bruto;
+    QByteArray textos;                // tickets, data and second amounts of the plays
     std::vector<JugadaVenta> jugadas; // reply order
     std::vector<Banca> bancas;
     std::vector<Agencia> agencias;
@@ -68,24 +72,28 @@ struct DatosVentas {
     std::vector<FilaResumen> resumen;
     std::vector<FilaAgencia> filasAgencia;
 
-    int cantidad = 0;      // plays that are not deleted
-    double ventaBruta = 0; // over the plays that are not deleted
-    double comision = 0;
-    double ventaBrutaResultado = 0; // same sums, gathered only when the draw has a result
-    double comisionResultado = 0;
-    double premios = 0;
+    // Money is summed in whole cents: every figure of a play (its amount, its commission, its
+    // prize) is rounded to the cent first, so sums are exact and a sign is a real one.
+    int cantidad = 0;            // plays that are not deleted
+    std::int64_t ventaBruta = 0; // over the plays that are not deleted
+    std::int64_t comision = 0;
+    std::int64_t ventaBrutaResultado = 0; // same sums, gathered only when the draw has a result
+    std::int64_t comisionResultado = 0;
+    std::int64_t premios = 0;
     // Banca totals, one entry per entry of indiceBancas.
-    QVector<double> ventaBrutaBanca, comisionBanca, ventaNetaBanca, premiosBanca, utilidadBanca;
+    QVector<std::int64_t> ventaBrutaBanca, comisionBanca, ventaNetaBanca, premiosBanca,
+        utilidadBanca;
 
     bool hayResultado = false;
     QString resultado;
     int numeroGanador = -1; // index in numeros of the result, -1 when nobody played it
 
-    double ventaNeta() const { return ventaBruta - comision; }
-    double utilidad() const { return ventaNeta() - premios; }
+    std::int64_t ventaNeta() const { return ventaBruta - comision; }
+    std::int64_t utilidad() const { return ventaNeta() - premios; }
 
     QString ticket(const JugadaVenta &j) const;
     QString dato(const JugadaVenta &j) const;
+    QString segundoMonto(const JugadaVenta &j) const; // field 9 as sent
 };
 
 // Reads the sales reply (raw bytes, Latin-1, already cut at any NUL). Lines are separated by
@@ -93,6 +101,19 @@ struct DatosVentas {
 // `csorteo` name the draw; `factor` is its prize factor.
 DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
                            const QString &cjuego, const QString &csorteo, double factor);
+
+// Whole cents of a money figure: the nearest cent, halves away from zero. What is no
+// reasonable amount (not finite, or a trillion or more) counts as 0.
+std::int64_t aCentavos(double monto);
+// A figure already in cents (a commission or prize of a whole-cents amount) rounded to the
+// nearest cent, with the same guard.
+std::int64_t redondearCentavos(double centavos);
+inline double deCentavos(std::int64_t centavos)
+{
+    return double(centavos) / 100.0;
+}
+
+static_assert(sizeof(JugadaVenta) == 32, "a play is meant to take 32 bytes");
 
 // Display helpers shared by the table model and the checks.
 QString textoHora(int segundos);          // "h:mm ap", "" for -1

@@ -12,6 +12,7 @@
 #include <QVector>
 
 #include <algorithm>
+#include <cmath>
 
 namespace literal {
 
@@ -152,13 +153,32 @@ struct Vista {
     QString animal;             // lineEdit_animal
 };
 
-inline void ordenar(Tabla &t, int col, QVector<bool> *par = nullptr)
+// Money is summed in whole cents: each figure (amount, commission, prize of a play) is rounded
+// to the nearest cent, halves away from zero, before it is added; no reasonable amount is
+// counted as 0.
+inline qint64 redondear(double centavos)
+{
+    return std::fabs(centavos) < 1e14 ? std::llround(centavos) : 0;
+}
+inline qint64 cts(double monto)
+{
+    return redondear(monto * 100.0);
+}
+inline QString enTexto(qint64 centavos, int dec)
+{
+    return formatoMonto(double(centavos) / 100.0, dec);
+}
+
+// A stable sort of the rows by the text of one column, as a table of text items sorts.
+inline void ordenar(Tabla &t, int col, QVector<bool> *par = nullptr, bool descendente = false)
 {
     QVector<int> idx(t.size());
     for (int i = 0; i < idx.size(); ++i)
         idx[i] = i;
-    std::stable_sort(idx.begin(), idx.end(),
-                     [&](int a, int b) { return t[a][col].localeAwareCompare(t[b][col]) < 0; });
+    std::stable_sort(idx.begin(), idx.end(), [&](int a, int b) {
+        return descendente ? t[b][col].localeAwareCompare(t[a][col]) < 0
+                           : t[a][col].localeAwareCompare(t[b][col]) < 0;
+    });
     Tabla r;
     QVector<bool> p;
     for (int i : idx) {
@@ -178,10 +198,10 @@ inline Vista calcular(const QString &reply, const Listas &L, const QString &cjue
     const QStringList lineas = Listas::lineas(reply);
     QStringList pa0, pa2, pa3, pa4;
     QList<int> cuentaAg;
-    QList<double> sumaAg;
-    QVector<double> vb(L.indiceBancas.size()), co(L.indiceBancas.size()), vn(L.indiceBancas.size()),
+    QList<qint64> sumaAg;
+    QVector<qint64> vb(L.indiceBancas.size()), co(L.indiceBancas.size()), vn(L.indiceBancas.size()),
         pr(L.indiceBancas.size()), ut(L.indiceBancas.size());
-    double bruta = 0, comision = 0, premios = 0;
+    qint64 bruta = 0, comision = 0, premios = 0;
     int cantidad = 0;
     const bool hay = L.hayResultado(cjuego, csorteo);
     const QString res = L.resultado(cjuego, csorteo);
@@ -216,11 +236,12 @@ inline Vista calcular(const QString &reply, const Listas &L, const QString &cjue
             if (v.resumen[r][0] == f.value(7))
                 fila = r;
         if (fila >= 0) {
-            v.resumen[fila][2] = QString::number(v.resumen[fila][2].toDouble() + m, 'f', 2);
+            v.resumen[fila][2] = QString::number(
+                double(cts(v.resumen[fila][2].toDouble()) + cts(m)) / 100.0, 'f', 2);
             v.resumen[fila][3] = QString::number(v.resumen[fila][3].toInt() + 1);
         } else {
             v.resumen << QStringList{f.value(7), L.animal(cjuego, f.value(7)),
-                                     QString::number(m, 'f', 2), "1"};
+                                     QString::number(double(cts(m)) / 100.0, 'f', 2), "1"};
         }
         // per agency
         int a = -1;
@@ -229,12 +250,12 @@ inline Vista calcular(const QString &reply, const Listas &L, const QString &cjue
                 a = i;
         if (a >= 0) {
             cuentaAg[a] += 1;
-            sumaAg[a] += m;
+            sumaAg[a] += cts(m);
             v.agencias[a][1] = QString::number(cuentaAg[a]);
-            v.agencias[a][2] = formatoMonto(sumaAg[a], dec);
+            v.agencias[a][2] = enTexto(sumaAg[a], dec);
             v.agenciaReescrita[a] = true;
         } else {
-            v.agencias << QStringList{L.agencia(larga), "1", formatoMonto(m, dec),
+            v.agencias << QStringList{L.agencia(larga), "1", enTexto(cts(m), dec),
                                       L.banca(f.value(0)), larga};
             v.agenciaReescrita << false;
             pa0 << f.value(0);
@@ -242,34 +263,32 @@ inline Vista calcular(const QString &reply, const Listas &L, const QString &cjue
             pa3 << f.value(3);
             pa4 << f.value(4);
             cuentaAg << 1;
-            sumaAg << m;
+            sumaAg << cts(m);
         }
-        const double c = L.comisionAgencia(larga, cjuego).toDouble() / 100 * m;
-        bruta += m;
+        const qint64 c = redondear(L.comisionAgencia(larga, cjuego).toDouble() / 100 * cts(m));
+        bruta += cts(m);
         comision += c;
         ++cantidad;
         if (hay) {
-            const double premio = f.value(7) == res ? factor * m : 0.0;
+            const qint64 premio = f.value(7) == res ? redondear(factor * cts(m)) : 0;
             premios += premio;
             const int ib = L.indiceBanca(f.value(0));
             if (ib >= 0) {
-                vb[ib] += m;
+                vb[ib] += cts(m);
                 co[ib] += c;
-                vn[ib] += m - c;
+                vn[ib] += cts(m) - c;
                 pr[ib] += premio;
-                ut[ib] += m - c - premio;
+                ut[ib] += cts(m) - c - premio;
             }
         }
     }
-    const double neta = bruta - comision, util = neta - premios;
-    v.totales = QStringList{QString::number(cantidad), formatoMonto(bruta, dec),
-                            formatoMonto(bruta, dec),  formatoMonto(comision, dec),
-                            formatoMonto(neta, dec),   formatoMonto(premios, dec),
-                            formatoMonto(util, dec)};
+    const qint64 neta = bruta - comision, util = neta - premios;
+    v.totales = QStringList{QString::number(cantidad), enTexto(bruta, dec), enTexto(bruta, dec),
+                            enTexto(comision, dec),    enTexto(neta, dec),  enTexto(premios, dec),
+                            enTexto(util, dec)};
     for (int b = 0; b < L.indiceBancas.size(); ++b) {
-        v.tbancas << QStringList{L.nombresBanca.value(b),  formatoMonto(vb[b], dec),
-                                 formatoMonto(co[b], dec), formatoMonto(vn[b], dec),
-                                 formatoMonto(pr[b], dec), formatoMonto(ut[b], dec)};
+        v.tbancas << QStringList{L.nombresBanca.value(b), enTexto(vb[b], dec), enTexto(co[b], dec),
+                                 enTexto(vn[b], dec),     enTexto(pr[b], dec), enTexto(ut[b], dec)};
         v.utilidadRoja << (ut[b] < 0);
     }
     ordenar(v.jugadas, 4);

@@ -7,6 +7,7 @@
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
 
+#include <QCheckBox>
 #include <QComboBox>
 #include <QDateEdit>
 #include <QHeaderView>
@@ -15,7 +16,14 @@
 #include <QNetworkAccessManager>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSpinBox>
+#include <QtCharts/QChartView>
+#include <QtCharts/QLineSeries>
+#include <QtCharts/QStackedBarSeries>
+#include <QtCharts/QBarSet>
+#include <QPointer>
 #include <QTabWidget>
+#include <QThread>
 #include <QTableView>
 #include <QTableWidget>
 
@@ -123,6 +131,17 @@ struct Escena {
     static QString celda(QTableWidget *t, int f, int c)
     {
         return t->item(f, c) ? t->item(f, c)->text() : QStringLiteral("<null>");
+    }
+    static literal::Tabla contenido(QAbstractItemModel *m)
+    {
+        literal::Tabla r;
+        for (int f = 0; f < m->rowCount(); ++f) {
+            QStringList fila;
+            for (int c = 0; c < m->columnCount(); ++c)
+                fila << m->index(f, c).data().toString();
+            r << fila;
+        }
+        return r;
     }
     static literal::Tabla contenido(QTableWidget *t)
     {
@@ -243,6 +262,9 @@ private slots:
         QCOMPARE(tt->tabText(0), QStringLiteral("General"));
         QCOMPARE(tt->tabText(1), QStringLiteral("Sorteo"));
         QCOMPARE(tt->tabText(2), QStringLiteral("Bancas"));
+        QCOMPARE(tt->tabText(3), QStringLiteral("Riesgo"));
+        QCOMPARE(tt->count(), 4);
+        QCOMPARE(tt->currentIndex(), 0);
         QVERIFY(tn->widget(1)->isAncestorOf(e.jugadas()));
         QVERIFY(tn->widget(0)->isAncestorOf(e.tabla("tableWidget_resumen_numeros")));
         QVERIFY(tt->isAncestorOf(e.tabla("tableWidget_bancas")));
@@ -596,11 +618,13 @@ private slots:
         QTableWidget *res = e.tabla("tableWidget_resumen_numeros");
         QCOMPARE(Escena::celda(res, 1, 0), QStringLiteral("00"));
         e.m->on_tableWidget_resumen_numeros_clicked(res->model()->index(1, 0));
-        QTableWidget *donde = e.tabla("tableWidget_resumen_agencias");
-        QCOMPARE(Escena::contenido(donde),
+        QTableView *donde = e.w<QTableView>("tableWidget_resumen_agencias");
+        QCOMPARE(Escena::contenido(donde->model()),
                  (literal::Tabla{{"Banca Uno Bis", "Agencia A", "10.00"}}));
-        QCOMPARE(donde->item(0, 2)->textAlignment(), int(Qt::AlignRight | Qt::AlignVCenter));
+        QCOMPARE(donde->model()->index(0, 2).data(Qt::TextAlignmentRole).toInt(),
+                 int(Qt::AlignRight | Qt::AlignVCenter));
         QVERIFY(donde->isSortingEnabled());
+        QCOMPARE(donde->horizontalHeader()->sortIndicatorSection(), 0);
         QCOMPARE(e.seleccionadas(), (QVector<int>{1, 2}));
     }
 
@@ -616,6 +640,39 @@ private slots:
         QTableWidget *tb = e.tabla("tableWidget_tbancas");
         for (int f = 0; f < tb->rowCount(); ++f)
             QVERIFY(tb->item(f, 5)->foreground().color() != QColor(Qt::red));
+    }
+
+    void equilibrioExactoSinRojo()
+    {
+        // 26.00 sold at 10 % commission, 0.78 of it on the result "00" at factor 30: the net
+        // sale and the prizes are both 23.40 and the utility is exactly nothing (summed as
+        // binary fractions it comes out a hair below zero).
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        QVERIFY(e.ventas(0, "1,10:00:00,0,0,1,2001,s,00,0.78,0,,\n"
+                            "1,10:01:00,0,0,1,2002,s,5,25.22,0,,\n"));
+        QCOMPARE(e.totales(),
+                 (QStringList{"2", "26.00", "26.00", "2.60", "23.40", "23.40", "0.00"}));
+        QCOMPARE(e.totalesS(), (QStringList{"26.00", "2.60", "23.40", "23.40", "0.00"}));
+        QCOMPARE(e.w<QLabel>("label_utilidad")->styleSheet(), QString());
+        QCOMPARE(e.w<QLineEdit>("lineEdit_utilidadS")->styleSheet(), QString());
+        QTableWidget *tb = e.tabla("tableWidget_tbancas");
+        QCOMPARE(Escena::contenido(tb).value(3),
+                 (QStringList{"Banca Uno Bis", "26.00", "2.60", "23.40", "23.40", "0.00"}));
+        QVERIFY(tb->item(3, 5)->foreground().color() != QColor(Qt::red));
+        // The winning number's click gives the same figures.
+        e.m->click_numero("00");
+        QCOMPARE(e.label("label_utilidad"), QStringLiteral("0.00"));
+        QCOMPARE(e.w<QLabel>("label_utilidad")->styleSheet(), QString());
+        // Rows add up to the totals: 0.10 + 0.20 is 0.30, not 0.30000000000000004.
+        QVERIFY(e.ventas(1, "1,10:00:00,0,0,1,2001,s,5,0.10,0,,\n"
+                            "1,10:01:00,0,0,1,2002,s,5,0.20,0,,\n"
+                            "1,10:02:00,0,0,1,2003,s,5,0.30,0,,\n"));
+        QCOMPARE(e.m->ventaBrutaBanca.value(3), 0.0); // draw 12 has no result
+        QCOMPARE(e.label("label_monto"), QStringLiteral("0.60"));
+        QCOMPARE(Escena::celda(e.tabla("tableWidget_resumen_numeros"), 0, 2),
+                 QStringLiteral("0.60"));
     }
 
     void ventasVaciasYBotonOcupado()
@@ -634,9 +691,10 @@ private slots:
         QVERIFY(mostradas.wait(10000));
         QVERIFY(e.boton()->isEnabled());
         QCOMPARE(e.jugadas()->model()->rowCount(), 0);
-        for (const char *t : {"tableWidget_resumen_numeros", "tableWidget_resumen_agencias",
-                              "tableWidget_bancas", "tableWidget_tbancas"})
+        for (const char *t :
+             {"tableWidget_resumen_numeros", "tableWidget_bancas", "tableWidget_tbancas"})
             QCOMPARE(e.tabla(t)->rowCount(), 0);
+        QCOMPARE(e.w<QTableView>("tableWidget_resumen_agencias")->model()->rowCount(), 0);
         QCOMPARE(e.totales(), (QStringList{"0", "0", "0", "0", "0", "0", "0"}));
         QCOMPARE(e.totalesS(), (QStringList{"0", "0", "0", "0", "0"}));
     }
@@ -657,6 +715,288 @@ private slots:
         QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), 0);
         QCOMPARE(e.m->ventaBrutaBanca, (QList<double>{0, 0, 0, 0}));
         QTRY_COMPARE(e.fin[3], 5);
+    }
+
+    void cambioDeSorteoConVentasEnCamino()
+    {
+        // The draw changes while its sales are on their way: they are not shown under the
+        // new draw's name, and the button comes back.
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        e.srv.demorar("monitorventas.php", 1200);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,00,10,0,,\n");
+        QSignalSpy mostradas(e.m.get(), &Monitor2::ventasMostradas);
+        QSignalSpy descartadas(e.m.get(), &Monitor2::ventasDescartadas);
+        const int antes = e.fin[4];
+        e.boton()->click();
+        QVERIFY(!e.boton()->isEnabled());
+        e.combo()->setCurrentIndex(2);
+        QTRY_COMPARE_WITH_TIMEOUT(e.fin[4], antes + 1, 15000);
+        QCOMPARE(descartadas.size(), 1);
+        QCOMPARE(mostradas.size(), 0);
+        QVERIFY(e.boton()->isEnabled());
+        QCOMPARE(e.label("label_juego"), QString());
+        QCOMPARE(e.jugadas()->model()->rowCount(), 0);
+        QCOMPARE(e.tabla("tableWidget_resumen_numeros")->rowCount(), 0);
+        QCOMPARE(e.totales(), (QStringList{"0", "0", "0", "0", "0", "0", "0"}));
+        // The same press on the new draw shows it, with its own name.
+        e.srv.demorar("monitorventas.php", 0);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,1,10,0,,\n");
+        e.boton()->click();
+        QVERIFY(mostradas.wait(10000));
+        QCOMPARE(e.label("label_juego"), QStringLiteral("Granjita 5PM"));
+        QCOMPARE(e.campo("lineEdit_animal"), QStringLiteral("UnoBis"));
+    }
+
+    void cambioDeFechaConVentasEnCamino()
+    {
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        e.srv.demorar("monitorventas.php", 1200);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,00,10,0,,\n");
+        QSignalSpy descartadas(e.m.get(), &Monitor2::ventasDescartadas);
+        const int antes = e.fin[4];
+        e.boton()->click();
+        e.w<QDateEdit>("dateEdit_fecha")->setDate(QDate(2026, 3, 14));
+        QTRY_COMPARE_WITH_TIMEOUT(e.fin[4], antes + 1, 15000);
+        QCOMPARE(e.label("label_juego"), QString());
+        QCOMPARE(descartadas.size(), 1);
+        QVERIFY(e.boton()->isEnabled());
+        QCOMPARE(e.jugadas()->model()->rowCount(), 0);
+        QCOMPARE(e.label("label_jugadas"), QStringLiteral("0"));
+    }
+
+    void ventasEsperanSusResultados()
+    {
+        // A result is published between two presses; the results reply of the press comes
+        // after its sales reply. The sales still show the prize.
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        QVERIFY(e.ventas(1, "")); // L1-10 draw 12, factor 40, no result yet
+        QVERIFY(!e.m->hayResultado("L1-10", "12"));
+        e.srv.responder("monitorresultados.php", kResultados + "L1-10,12,1\n");
+        e.srv.demorar("monitorresultados.php", 1000);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,1,10,0,,\n"
+                                             "1,10:01:00,0,0,1,2001,s,0,5,0,,\n");
+        e.srv.limpiarPeticiones();
+        QSignalSpy mostradas(e.m.get(), &Monitor2::ventasMostradas);
+        e.boton()->click();
+        QVERIFY(mostradas.wait(15000));
+        QVERIFY(e.m->hayResultado("L1-10", "12"));
+        QCOMPARE(e.label("label_premios"), QStringLiteral("400.00"));
+        QCOMPARE(e.campo("lineEdit_animal"), QStringLiteral("Carnero"));
+        QCOMPARE(e.seleccionadas(), QVector<int>{1});
+        // Same requests as ever, results first.
+        const QString base = "/Tornavo/TornavoSU/";
+        QCOMPARE(e.srv.peticiones().size(), 2);
+        QCOMPARE(e.srv.peticionesA("monitorresultados.php"),
+                 QStringList{base + "monitorresultados.php?&f=2026-03-15"});
+        QCOMPARE(e.srv.peticionesA("monitorventas.php"),
+                 QStringList{base + "monitorventas.php?&f=2026-03-15&j=L1-10"});
+    }
+
+    void resultadosDeOtraFechaNoCuentan()
+    {
+        // The results of the 14th come after those of the 15th, which is the date on screen.
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        e.srv.responderCon("monitorresultados.php", [](const QString &objetivo) -> QByteArray {
+            if (objetivo.endsWith("2026-03-14")) {
+                QThread::msleep(1200);
+                return "cabecera\nL1-10,10,1\n";
+            }
+            return "cabecera\nL1-10,10,2\n";
+        });
+        const int antes = e.fin[3];
+        auto *fecha = e.w<QDateEdit>("dateEdit_fecha");
+        fecha->setDate(QDate(2026, 3, 14));
+        fecha->setDate(QDate(2026, 3, 16));
+        QTRY_COMPARE_WITH_TIMEOUT(e.fin[3], antes + 2, 15000);
+        QCOMPARE(e.m->resultado("L1-10", "10"), QStringLiteral("2"));
+        // An older reply for the date on screen does not replace a newer one either.
+        e.srv.responderCon("monitorresultados.php", [](const QString &) -> QByteArray {
+            static int n = 0;
+            if (n++ == 0) {
+                QThread::msleep(1200);
+                return "cabecera\nL1-10,10,viejo\n";
+            }
+            return "cabecera\nL1-10,10,nuevo\n";
+        });
+        e.m->cargarResultados();
+        QTest::qWait(200);
+        e.m->cargarResultados();
+        QTRY_COMPARE_WITH_TIMEOUT(e.fin[3], antes + 4, 15000);
+        QCOMPARE(e.m->resultado("L1-10", "10"), QStringLiteral("nuevo"));
+    }
+
+    void cerrarConPeticionesEnCamino()
+    {
+        // The dialog is destroyed while every channel has a request out.
+        Escena e;
+        e.srv.demorar("monitorsorteos2.php", 800);
+        e.srv.demorar("monitorresultados.php", 800);
+        e.srv.demorar("monitorventas.php", 800);
+        e.abrir();
+        e.boton()->click();
+        QPointer<Monitor2> vivo(e.m.get());
+        e.m.reset();
+        QVERIFY(vivo.isNull());
+        QTest::qWait(1500);
+        QVERIFY(e.srv.peticionesA("monitorventas.php").size() <= 1);
+    }
+
+    void frescuraDeLaCarga()
+    {
+        Escena e;
+        e.abrir();
+        e.m->reloj = [] {
+            return QTime(14, 7, 45);
+        };
+        QVERIFY(e.esperarCarga());
+        QLabel *frescura = e.w<QLabel>("label_actualizado");
+        QCOMPARE(frescura->text(), QString());
+        QVERIFY(e.ventas(0, "1,10:00:00,0,0,1,2001,s,00,10,0,,\n"));
+        // Qt writes the Spanish (Venezuela) "p. m." with a no-break space inside.
+        QCOMPARE(frescura->text(), QString::fromUtf8("Actualizado 2:07:45 p.\u00a0m."));
+        QCOMPARE(frescura->styleSheet(), QString());
+        // No answer at all is not "no sales".
+        QVERIFY(e.ventas(0, ""));
+        QCOMPARE(frescura->text(), QStringLiteral("Sin respuesta del servidor"));
+        QCOMPARE(frescura->styleSheet(), SesionGlobal::colorRojo);
+        QCOMPARE(e.label("label_jugadas"), QStringLiteral("0"));
+        e.m->reloj = [] {
+            return QTime(9, 5, 1);
+        };
+        QVERIFY(e.ventas(0, "\n")); // the server's answer for a draw without sales
+        QCOMPARE(frescura->text(), QString::fromUtf8("Actualizado 9:05:01 a.\u00a0m."));
+        QCOMPARE(frescura->styleSheet(), QString());
+        // The label sits beside the button.
+        QCOMPARE(frescura->parentWidget(), e.boton()->parentWidget());
+    }
+
+    void autoPulsaActualizar()
+    {
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        auto *autom = e.w<QCheckBox>("checkBox_auto");
+        QCOMPARE(autom->text(), QStringLiteral("Auto"));
+        QVERIFY(!autom->isChecked());
+        QCOMPARE(e.m->intervaloAuto(), 30000);
+        e.m->setIntervaloAuto(100);
+        e.srv.responder("monitorventas.php", "1,10:00:00,0,0,1,2001,s,00,10,0,,\n");
+        e.srv.limpiarPeticiones();
+        QTest::qWait(500);
+        QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), 0); // off by default
+        autom->setChecked(true);
+        QTRY_VERIFY_WITH_TIMEOUT(e.srv.peticionesA("monitorventas.php").size() >= 2, 15000);
+        QTRY_COMPARE_WITH_TIMEOUT(e.label("label_jugadas"), QStringLiteral("1"), 15000);
+        // Each press asks for the results too.
+        QVERIFY(e.srv.peticionesA("monitorresultados.php").size() >=
+                e.srv.peticionesA("monitorventas.php").size());
+        // While a request is out, no second one is sent.
+        autom->setChecked(false);
+        QTRY_VERIFY_WITH_TIMEOUT(e.boton()->isEnabled(), 15000);
+        e.srv.demorar("monitorventas.php", 4000);
+        const int antes = e.srv.peticionesA("monitorventas.php").size();
+        autom->setChecked(true);
+        QTRY_COMPARE_WITH_TIMEOUT(e.srv.peticionesA("monitorventas.php").size(), antes + 1, 15000);
+        QTest::qWait(800);
+        QVERIFY(!e.boton()->isEnabled());
+        QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), antes + 1);
+        autom->setChecked(false);
+        QTRY_VERIFY_WITH_TIMEOUT(e.boton()->isEnabled(), 15000);
+        const int despues = e.srv.peticionesA("monitorventas.php").size();
+        QTest::qWait(500);
+        QCOMPARE(e.srv.peticionesA("monitorventas.php").size(), despues);
+    }
+
+    void paginaDeRiesgo()
+    {
+        // Draw 10 of L1-10, factor 30, result "00". Net sale 77.00 - 11.50 = 65.50.
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        const QByteArray v = "1,10:00:00,0,0,1,t1,s,00,10,0,,\n"
+                             "1,10:01:00,0,0,1,t2,s,00,5,0,,\n"
+                             "2,10:02:00,0,0,1,t3,s,1,20,0,,\n"
+                             "1,10:03:00,0,0,1,t4,s,1,100,0,E,\n"
+                             "3,10:04:00,0,0,9,t5,s,0,40,0,,\n"
+                             "2,10:05:00,0,0,1,t6,s,2,2,0,,\n";
+        QVERIFY(e.ventas(0, v));
+        auto *limite = e.w<QSpinBox>("spinBox_limite");
+        QCOMPARE(limite->value(), 100);
+        QCOMPARE(e.label("label_limite"), QString::fromUtf8("Límite %"));
+        QTableWidget *t = e.tabla("tableWidget_riesgo");
+        QCOMPARE(encabezados(t), (QStringList{"#", "Nombre", "Jugado", "Premio si sale",
+                                              "% Venta Neta", "Resultado si sale"}));
+        QCOMPARE(Escena::contenido(t),
+                 (literal::Tabla{{"0", "Delfin", "40.00", "1,200.00", "1832 %", "-1,134.50"},
+                                 {"1", "Carnero", "20.00", "600.00", "916 %", "-534.50"},
+                                 {"00", "Ballena", "15.00", "450.00", "687 %", "-384.50"},
+                                 {"2", "Toro", "2.00", "60.00", "92 %", "5.50"}}));
+        QCOMPARE(e.label("label_riesgo"),
+                 QString::fromUtf8("3 números sobre el límite · peor: 0-Delfin paga 1,200.00 "
+                                   "(1832 % de la venta neta)"));
+        for (int f = 0; f < 4; ++f)
+            for (int c = 0; c < 6; ++c)
+                QCOMPARE(t->item(f, c)->foreground().color() == QColor(Qt::red), f < 3);
+        // The published result's row is marked.
+        for (int f = 0; f < 4; ++f)
+            QCOMPARE(t->item(f, 0)->font().bold(), f == 2);
+        QCOMPARE(t->item(2, 0)->toolTip(), QStringLiteral("Resultado del sorteo"));
+        QCOMPARE(t->item(2, 2)->textAlignment(), int(Qt::AlignRight | Qt::AlignVCenter));
+
+        // The chart: one bar per number in the table's order, red over the limit line.
+        auto *vista = e.m->findChild<QtCharts::QChartView *>("chartView_riesgo");
+        QVERIFY(vista);
+        const auto series = vista->chart()->series();
+        QCOMPARE(series.size(), 2);
+        auto *barras = qobject_cast<QtCharts::QStackedBarSeries *>(series[0]);
+        auto *linea = qobject_cast<QtCharts::QLineSeries *>(series[1]);
+        QVERIFY(barras && linea);
+        QtCharts::QBarSet *normal = barras->barSets().at(0), *rojo = barras->barSets().at(1);
+        QCOMPARE(rojo->color(), QColor(Qt::red));
+        QVERIFY(normal->color() != QColor(Qt::red));
+        QCOMPARE(rojo->count(), 4);
+        const QList<double> rojos = {rojo->at(0), rojo->at(1), rojo->at(2), rojo->at(3)};
+        const QList<double> normales = {normal->at(0), normal->at(1), normal->at(2), normal->at(3)};
+        QCOMPARE(rojos, (QList<double>{40, 20, 15, 0}));
+        QCOMPARE(normales, (QList<double>{0, 0, 0, 2}));
+        QCOMPARE(linea->count(), 2);
+        QVERIFY(qAbs(linea->at(0).y() - 65.5 / 30) < 1e-9);
+        QCOMPARE(linea->at(1).y(), linea->at(0).y());
+
+        // Amounts sort as numbers.
+        t->sortItems(2, Qt::AscendingOrder);
+        QCOMPARE(Escena::celda(t, 0, 2), QStringLiteral("2.00"));
+        QCOMPARE(Escena::celda(t, 1, 2), QStringLiteral("15.00"));
+        t->sortItems(3, Qt::DescendingOrder);
+        QCOMPARE(Escena::celda(t, 0, 3), QStringLiteral("1,200.00"));
+        QCOMPARE(Escena::celda(t, 3, 3), QStringLiteral("60.00"));
+
+        // Another limit: rows, line and summary follow.
+        limite->setValue(1000);
+        QCOMPARE(e.label("label_riesgo"),
+                 QString::fromUtf8("1 número sobre el límite · peor: 0-Delfin paga 1,200.00 "
+                                   "(1832 % de la venta neta)"));
+        QVERIFY(t->item(0, 0)->foreground().color() == QColor(Qt::red));
+        QVERIFY(t->item(1, 0)->foreground().color() != QColor(Qt::red));
+        linea = qobject_cast<QtCharts::QLineSeries *>(vista->chart()->series().at(1));
+        QVERIFY(qAbs(linea->at(0).y() - 655.0 / 30) < 1e-9);
+
+        // The other pages show what they showed.
+        QCOMPARE(e.totales(),
+                 (QStringList{"5", "77.00", "77.00", "11.50", "65.50", "450.00", "-384.50"}));
+        // A change of draw empties the page.
+        e.combo()->setCurrentIndex(1);
+        QCOMPARE(t->rowCount(), 0);
+        QCOMPARE(e.label("label_riesgo"), QString());
+        QCOMPARE(vista->chart()->series().size(), 0);
     }
 
     void resumenPasoAPasoIgualAlCargado()
@@ -754,21 +1094,75 @@ private slots:
             e.m->click_numero(n);
             QVector<int> filas;
             int cuenta = 0;
-            double suma = 0;
+            qint64 suma = 0, premio = 0;
             for (int f = 0; f < v.jugadas.size(); ++f) {
                 if (v.jugadas[f][4] != n)
                     continue;
                 filas << f;
                 if (v.jugadas[f][7] != "Eliminado") {
                     ++cuenta;
-                    suma += v.montos[f];
+                    suma += literal::cts(v.montos[f]);
+                    premio += literal::redondear(factor * literal::cts(v.montos[f]));
                 }
             }
             QCOMPARE(e.seleccionadas(), filas);
             QCOMPARE(e.campo("lineEdit_jugadas"), QString::number(cuenta));
-            QCOMPARE(e.campo("lineEdit_monto"), formatoMonto(suma, decimales));
-            QCOMPARE(e.campo("lineEdit_premio"), formatoMonto(factor * suma, decimales));
+            QCOMPARE(e.campo("lineEdit_monto"), literal::enTexto(suma, decimales));
+            QCOMPARE(e.campo("lineEdit_premio"), literal::enTexto(premio, decimales));
             QCOMPARE(e.campo("lineEdit_animal"), L.animal(cj, n));
+        }
+
+        // Header re-sorts by the user, each followed by clicks: the table, the selected plays
+        // and the summary's list of where the number was sold match a stable sort of the
+        // literal table's texts.
+        literal::Tabla tabla = v.jugadas;
+        QTableView *vista = e.jugadas();
+        QTableView *donde = e.w<QTableView>("tableWidget_resumen_agencias");
+        QTableWidget *res = e.tabla("tableWidget_resumen_numeros");
+        const QList<QPair<int, Qt::SortOrder>> ordenes = {
+            {1, Qt::AscendingOrder},  {6, Qt::DescendingOrder}, {3, Qt::AscendingOrder},
+            {2, Qt::DescendingOrder}, {7, Qt::AscendingOrder},  {4, Qt::DescendingOrder}};
+        for (const auto &o : ordenes) {
+            vista->sortByColumn(o.first, o.second);
+            literal::ordenar(tabla, o.first, nullptr, o.second == Qt::DescendingOrder);
+            QCOMPARE(e.contenidoJugadas(), tabla);
+            for (int fila : {0, tabla.size() / 2, tabla.size() - 1}) {
+                const QString n = tabla[fila][4];
+                QVector<int> filas;
+                for (int f = 0; f < tabla.size(); ++f)
+                    if (tabla[f][4] == n)
+                        filas << f;
+                const QModelIndex celda = vista->model()->index(fila, 5);
+                vista->selectionModel()->select(celda, QItemSelectionModel::ClearAndSelect);
+                e.m->on_tableWidget_clicked(celda);
+                QCOMPARE(e.seleccionadas(), filas);
+                vista->selectionModel()->select(celda, QItemSelectionModel::Deselect);
+                e.m->on_tableWidget_clicked(celda);
+                QCOMPARE(e.seleccionadas(), QVector<int>{});
+            }
+            for (int r = 0; r < res->rowCount(); r += 2) {
+                const QString n = res->item(r, 0)->text();
+                literal::Tabla lugares;
+                QVector<int> filas;
+                for (int f = 0; f < tabla.size(); ++f) {
+                    if (tabla[f][4] != n)
+                        continue;
+                    filas << f;
+                    if (tabla[f][7] != "Eliminado")
+                        lugares << QStringList{tabla[f][0], tabla[f][1], tabla[f][6]};
+                }
+                literal::ordenar(lugares, 0);
+                e.m->on_tableWidget_resumen_numeros_clicked(res->model()->index(r, 0));
+                QCOMPARE(Escena::contenido(donde->model()), lugares);
+                QCOMPARE(e.seleccionadas(), filas);
+                // Its own header re-sorts too.
+                donde->sortByColumn(2, Qt::DescendingOrder);
+                literal::ordenar(lugares, 2, nullptr, true);
+                QCOMPARE(Escena::contenido(donde->model()), lugares);
+                donde->sortByColumn(1, Qt::AscendingOrder);
+                literal::ordenar(lugares, 1);
+                QCOMPARE(Escena::contenido(donde->model()), lugares);
+            }
         }
     }
 
@@ -800,14 +1194,18 @@ private slots:
 
 // "mostrar": the dialog with data on screen, for looking at it. With TORNAVO_SERVIDOR set
 // ("127.0.0.1:PORT") it talks to that server, otherwise to the fixture server with sample
-// data. It chooses draw TORNAVO_SORTEO (default 0), asks for the sales, optionally clicks the
-// summary row TORNAVO_CLIC, saves a picture to TORNAVO_CAPTURA and stays TORNAVO_SEGUNDOS.
+// data. It opens on date TORNAVO_FECHA (yyyy-MM-dd, default today), chooses draw TORNAVO_SORTEO
+// (default 0), asks for the sales, optionally clicks the summary row TORNAVO_CLIC, saves a picture
+// to TORNAVO_CAPTURA and stays TORNAVO_SEGUNDOS.
 int TstMonitor::correrEscenario(const QString &nombre)
 {
     if (nombre != QLatin1String("mostrar"))
         return 2;
     SesionGlobal::usuario = qEnvironmentVariable("TORNAVO_USUARIO", "admin");
     SesionGlobal::decimales = 2;
+    if (qEnvironmentVariableIsSet("TORNAVO_FECHA"))
+        SesionGlobal::fechaActual =
+            QDate::fromString(qEnvironmentVariable("TORNAVO_FECHA"), QStringLiteral("yyyy-MM-dd"));
     const RepliesAleatorias r = generarReplies(5, 300);
     Escena e(kSorteos, kBancas + "4,Banca Cuatro\n", kAgencias, kResultados);
     if (qEnvironmentVariableIsSet("TORNAVO_SERVIDOR"))

@@ -1,6 +1,7 @@
 #include "app/formato.h"
 #include "monitor/listasmonitor.h"
 #include "monitor/modelojugadas.h"
+#include "monitor/riesgo.h"
 #include "monitor/ventasmonitor.h"
 
 #include <QRandomGenerator>
@@ -107,7 +108,7 @@ private slots:
         // "X\r" is not "X".
         QCOMPARE(d.jugadas[4].estado, std::uint8_t(JugadaVenta::Ninguno));
         QCOMPARE(d.cantidad, 4);
-        QCOMPARE(d.ventaBruta, 2.5);
+        QCOMPARE(d.ventaBruta, std::int64_t(250));
         QCOMPARE(d.bancas[std::size_t(d.jugadas[0].banca)].nombre, QStringLiteral("Uno"));
         QCOMPARE(d.agencias[std::size_t(d.jugadas[1].agencia)].clave, QStringLiteral("1001"));
         QVERIFY(!d.hayResultado);
@@ -115,6 +116,94 @@ private slots:
         const DatosVentas vacio = analizarVentas(QByteArray(), L, "J", "S", 30);
         QVERIFY(vacio.jugadas.empty());
         QCOMPARE(vacio.ventaBrutaBanca.size(), 1);
+    }
+
+    void riesgoCalculadoAMano()
+    {
+        // Factor 30, net sale 77.00 - 11.50 = 65.50. "00" is played twice, a play of "1" is
+        // deleted, "00" is the published result.
+        ListasMonitor L;
+        L.cargarSorteos("J;Sorteo;1;1;30;0,00,1,2;Delfin,Ballena,Carnero,Toro;S;1 PM\n");
+        L.cargarBancas("1,Uno\n2,Dos\n3,Tres\n");
+        L.cargarAgencias("1,0,0,1,A,J,10\n2,0,0,1,C,J,0\n3,0,0,9,V,J,25\n");
+        L.cargarResultados("cabecera\nJ,S,00\n");
+        const QByteArray v = "1,10:00:00,0,0,1,t1,s,00,10,0,,\n"
+                             "1,10:01:00,0,0,1,t2,s,00,5,0,,\n"
+                             "2,10:02:00,0,0,1,t3,s,1,20,0,,\n"
+                             "1,10:03:00,0,0,1,t4,s,1,100,0,E,\n"
+                             "3,10:04:00,0,0,9,t5,s,0,40,0,,\n"
+                             "2,10:05:00,0,0,1,t6,s,2,2,0,,\n";
+        const DatosVentas d = analizarVentas(v, L, "J", "S", 30);
+        Riesgo r = calcularRiesgo(d, 30, 100);
+        QCOMPARE(r.ventaNeta, std::int64_t(6550));
+        QCOMPARE(int(r.filas.size()), 4);
+        const QStringList numeros = {r.filas[0].numero, r.filas[1].numero, r.filas[2].numero,
+                                     r.filas[3].numero};
+        QCOMPARE(numeros, (QStringList{"0", "1", "00", "2"}));
+        QCOMPARE(r.filas[0].nombre, QStringLiteral("Delfin"));
+        QCOMPARE(r.filas[1].jugado, std::int64_t(2000)); // the deleted 100 is not in
+        QCOMPARE(r.filas[2].jugado, std::int64_t(1500)); // 10 + 5
+        QCOMPARE(r.filas[0].premio, std::int64_t(120000));
+        QCOMPARE(r.filas[2].premio, std::int64_t(45000));
+        QCOMPARE(r.filas[0].resultado, std::int64_t(6550 - 120000));
+        QCOMPARE(r.filas[3].resultado, std::int64_t(550));
+        QVERIFY(r.filas[0].sobreLimite && r.filas[1].sobreLimite && r.filas[2].sobreLimite);
+        QVERIFY(!r.filas[3].sobreLimite); // 60.00 is 92 % of 65.50
+        QVERIFY(r.filas[2].ganador);
+        QVERIFY(!r.filas[0].ganador && !r.filas[1].ganador && !r.filas[3].ganador);
+        double p = 0;
+        QVERIFY(r.porcentaje(r.filas[3], p));
+        QVERIFY(qAbs(p - 6000.0 * 100 / 6550) < 1e-9);
+        QVERIFY(qAbs(r.jugadoLimite - 6550.0 / 30) < 1e-9);
+        QCOMPARE(r.sobreLimite, 3);
+        QCOMPARE(r.resumen(2), QString::fromUtf8("3 números sobre el límite · peor: 0-Delfin paga "
+                                                 "1,200.00 (1832 % de la venta neta)"));
+        r = calcularRiesgo(d, 30, 1000);
+        QCOMPARE(r.sobreLimite, 1);
+        QCOMPARE(r.resumen(0), QString::fromUtf8("1 número sobre el límite · peor: 0-Delfin paga "
+                                                 "1,200 (1832 % de la venta neta)"));
+        r = calcularRiesgo(d, 30, 91);
+        QCOMPARE(r.sobreLimite, 4);
+        // Nothing sold, nothing to say.
+        QCOMPARE(calcularRiesgo(analizarVentas("", L, "J", "S", 30), 30, 100).resumen(2),
+                 QString());
+        // No net sale: every prize is over any limit.
+        L.cargarAgencias("1,0,0,1,A,J,100\n");
+        r = calcularRiesgo(analizarVentas("1,10:00:00,0,0,1,t1,s,1,10,0,,\n", L, "J", "S", 30), 30,
+                           100);
+        QCOMPARE(r.sobreLimite, 1);
+        QCOMPARE(r.resumen(2), QString::fromUtf8("1 número sobre el límite · peor: 1-Carnero paga "
+                                                 "300.00 (sin venta neta)"));
+    }
+
+    void textosDeLaJugada()
+    {
+        // Ticket, datum and second amount are kept apart from the reply; consecutive plays of
+        // one ticket share its text; an absurdly long field is cut, never overflows.
+        ListasMonitor L;
+        const QByteArray largo(70000, 't');
+        const QByteArray bruto = "1,10:00:00,0,0,1,T7,dA,5,10,2.5,,\n"
+                                 "1,10:00:00,0,0,1,T7,dB,5,10,,,\n"
+                                 "1,10:00:00,0,0,1,T8,,5,10,0,,\n"
+                                 "1,10:00:00,0,0,1," +
+                                 largo + ",x,5,1," + QByteArray(300, '9') + ",,\n";
+        const DatosVentas d = analizarVentas(bruto, L, "J", "S", 30);
+        QCOMPARE(int(d.jugadas.size()), 4);
+        QCOMPARE(d.ticket(d.jugadas[0]), QStringLiteral("T7"));
+        QCOMPARE(d.ticket(d.jugadas[1]), QStringLiteral("T7"));
+        QCOMPARE(d.jugadas[0].ticket, d.jugadas[1].ticket);
+        QCOMPARE(d.ticket(d.jugadas[2]), QStringLiteral("T8"));
+        QCOMPARE(d.dato(d.jugadas[0]), QStringLiteral("dA"));
+        QCOMPARE(d.dato(d.jugadas[1]), QStringLiteral("dB"));
+        QCOMPARE(d.dato(d.jugadas[2]), QString());
+        QCOMPARE(d.segundoMonto(d.jugadas[0]), QStringLiteral("2.5"));
+        QCOMPARE(d.segundoMonto(d.jugadas[1]), QString());
+        QCOMPARE(d.segundoMonto(d.jugadas[2]), QStringLiteral("0"));
+        QCOMPARE(d.ticket(d.jugadas[3]).size(), 0xffff);
+        QCOMPARE(d.dato(d.jugadas[3]), QStringLiteral("x"));
+        QCOMPARE(d.segundoMonto(d.jugadas[3]).size(), 0xff);
+        QCOMPARE(d.jugadas[0].minuto, std::int16_t(600));
+        QCOMPARE(textoHora(d.jugadas[0].minuto * 60), QTime(10, 0).toString("h:mm ap"));
     }
 
     void ordenEstableYDescendente()
