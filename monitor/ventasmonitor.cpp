@@ -169,19 +169,6 @@ double leerMonto(const char *p, int n, bool *exacto, std::int64_t *centavos)
     return valor;
 }
 
-std::int64_t redondearCentavos(double centavos)
-{
-    // Also false for NaN.
-    if (!(std::fabs(centavos) < 1e14))
-        return 0;
-    return std::llround(centavos);
-}
-
-std::int64_t aCentavos(double monto)
-{
-    return redondearCentavos(monto * 100.0);
-}
-
 int leerHora(const char *p, int n)
 {
     auto dig = [p](int i) {
@@ -375,8 +362,8 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
         // Every figure in whole cents before it is summed.
         const std::int64_t cts = exacto ? centavos : aCentavos(j.monto);
         const std::int64_t comision =
-            redondearCentavos(d.agencias[std::size_t(j.agencia)].comision * double(cts));
-        const std::int64_t premioSiSale = redondearCentavos(factor * double(cts));
+            centavosCercanos(d.agencias[std::size_t(j.agencia)].comision * double(cts));
+        const std::int64_t premioSiSale = centavosCercanos(factor * double(cts));
 
         // Per-number summary.
         DatosVentas::Numero &num = d.numeros[std::size_t(j.numero)];

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/centavos.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringList>
@@ -102,16 +104,6 @@ struct DatosVentas {
 DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
                            const QString &cjuego, const QString &csorteo, double factor);
 
-// Whole cents of a money figure: the nearest cent, halves away from zero. What is no
-// reasonable amount (not finite, or a trillion or more) counts as 0.
-std::int64_t aCentavos(double monto);
-// A figure already in cents (a commission or prize of a whole-cents amount) rounded to the
-// nearest cent, with the same guard.
-std::int64_t redondearCentavos(double centavos);
-inline double deCentavos(std::int64_t centavos)
-{
-    return double(centavos) / 100.0;
-}
 
 static_assert(sizeof(JugadaVenta) == 32, "a play is meant to take 32 bytes");
 

@@ -33,16 +33,6 @@ double montoDeTexto(const QString &texto)
     return ok && std::isfinite(valor) ? valor : 0.0;
 }
 
-qint64 aCentavos(double monto)
-{
-    return enteroCercano(monto * 100.0);
-}
-
-double deCentavos(qint64 centavos)
-{
-    return double(centavos) / 100.0;
-}
-
 QStringList lineasDeTexto(const QString &texto)
 {
     QStringList lineas;

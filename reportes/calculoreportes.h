@@ -1,5 +1,7 @@
 #pragma once
 
+#include "app/centavos.h"
+
 #include <QByteArray>
 #include <QHash>
 #include <QList>
@@ -18,12 +20,6 @@ double montoDeTexto(const QString &texto);
 // Money is exact to the cent: every amount of the reports is kept rounded to cents, and sums and
 // differences are worked in whole cents, so that rows add up to their totals and no
 // floating-point residue turns a break-even line into a red "-0.00".
-qint64 aCentavos(double monto); // nearest whole cent (half away from zero); 0 when not finite
-double deCentavos(qint64 centavos);
-inline double redondearCentavos(double monto)
-{
-    return deCentavos(aCentavos(monto));
-}
 // a + b and a - b, each exact to the cent.
 inline double sumarMontos(double a, double b)
 {

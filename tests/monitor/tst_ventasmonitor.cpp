@@ -203,7 +203,7 @@ private slots:
         QCOMPARE(d.dato(d.jugadas[3]), QStringLiteral("x"));
         QCOMPARE(d.segundoMonto(d.jugadas[3]).size(), 0xff);
         QCOMPARE(d.jugadas[0].minuto, std::int16_t(600));
-        QCOMPARE(textoHora(d.jugadas[0].minuto * 60), QTime(10, 0).toString("h:mm ap"));
+        QCOMPARE(textoHora(d.jugadas[0].minuto * 60), QStringLiteral("10:00 a. m."));
     }
 
     void ordenEstableYDescendente()
