@@ -141,6 +141,36 @@ WHEN EXISTS (SELECT 1 FROM resultados r WHERE r.sorteo_id = NEW.sorteo_id AND r.
 BEGIN SELECT RAISE(ABORT, 'el sorteo ya tiene resultado'); END;
 )SQL";
 
+// Version 2: animal numbers as the console types them ("01" .. "09", padded like every
+// number above 0), the digit count of number games, sessions kept in memory only, sales closed
+// at the draw's time, and the per-day sales summary the reports read.
+const char *const migracionV2 = R"SQL(
+ALTER TABLE juegos ADD COLUMN cifras INTEGER NOT NULL DEFAULT 3 CHECK(cifras BETWEEN 1 AND 9);
+-- "1" .. "9" become "01" .. "09" in the animal games: their list, plays and results. A
+-- number whose padded form already exists in the game is left alone.
+UPDATE animales SET numero = '0' || numero
+ WHERE length(numero) = 1 AND numero GLOB '[1-9]'
+   AND juego_id IN (SELECT id FROM juegos WHERE tipo = 'A')
+   AND NOT EXISTS (SELECT 1 FROM animales a2
+                    WHERE a2.juego_id = animales.juego_id AND a2.numero = '0' || animales.numero);
+UPDATE jugadas SET numero = '0' || numero
+ WHERE length(numero) = 1 AND numero GLOB '[1-9]'
+   AND sorteo_id IN (SELECT s.id FROM sorteos s JOIN juegos j ON j.id = s.juego_id
+                      WHERE j.tipo = 'A');
+UPDATE resultados SET resultado = '0' || resultado
+ WHERE length(resultado) = 1 AND resultado GLOB '[1-9]'
+   AND sorteo_id IN (SELECT s.id FROM sorteos s JOIN juegos j ON j.id = s.juego_id
+                      WHERE j.tipo = 'A');
+-- Sessions live in the server's memory: a restart ends them all.
+DROP TABLE sesiones;
+-- No sale at or after the draw's time.
+CREATE TRIGGER jugadas_antes_del_sorteo BEFORE INSERT ON jugadas
+WHEN NEW.hora >= (SELECT hora FROM sorteos WHERE id = NEW.sorteo_id)
+BEGIN SELECT RAISE(ABORT, 'el sorteo ya cerro sus ventas'); END;
+-- The monitor reads one draw's plays by time of sale straight from this index.
+CREATE INDEX jugadas_sorteo_hora ON jugadas(sorteo_id, fecha, hora, ticket_id);
+)SQL";
+
 int versionActual(sqlite3 *db)
 {
     Sentencia st(db, "PRAGMA user_version");
@@ -161,6 +191,14 @@ void prepararEsquema(sqlite3 *db)
         if (versionActual(db) < 1) {
             ejecutarSql(db, esquemaV1);
             ejecutarSql(db, "PRAGMA user_version=1");
+        }
+        t.confirmar();
+    }
+    if (versionActual(db) < 2) {
+        Transaccion t(db);
+        if (versionActual(db) < 2) {
+            ejecutarSql(db, migracionV2);
+            ejecutarSql(db, "PRAGMA user_version=2");
         }
         t.confirmar();
     }

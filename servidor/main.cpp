@@ -31,6 +31,10 @@ const char *const ayuda =
     "  --port N        puerto (0 = uno libre; por omision 8080)\n"
     "  --demo          crea la red de demostracion si la base esta vacia\n"
     "  --simular       agrega ventas a los sorteos abiertos de hoy mientras corre\n"
+    "  --inactividad MIN\n"
+    "                  minutos sin actividad que cierran una sesion (por omision 720)\n"
+    "  --tls-cert ARCHIVO, --tls-key ARCHIVO\n"
+    "                  certificado y clave privada (PEM): sirve HTTPS en lugar de HTTP\n"
     "  --ahora \"yyyy-MM-dd hh:mm:ss\"\n"
     "                  hace correr el reloj del servidor desde ese momento (pruebas)\n"
     "  --help          muestra esta ayuda\n";
@@ -67,6 +71,21 @@ bool leerAhora(const std::string &texto)
     return true;
 }
 
+// Brotli at the library's level (11) costs far more CPU than the transfer it saves (12.8 s for
+// a 5.6 MB reply): only gzip, at zlib's default level, is offered to the compressor. The
+// request object is the server's own, not a constant, so its header may be rewritten here.
+void limitarCompresion(const httplib::Request &req)
+{
+    auto &cabeceras = const_cast<httplib::Headers &>(req.headers);
+    const auto it = cabeceras.find("Accept-Encoding");
+    if (it == cabeceras.end())
+        return;
+    const bool gzip = it->second.find("gzip") != std::string::npos;
+    cabeceras.erase("Accept-Encoding");
+    if (gzip)
+        cabeceras.emplace("Accept-Encoding", "gzip");
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -77,6 +96,8 @@ int main(int argc, char **argv)
     bool demo = false;
     bool simular = false;
     bool conReloj = false;
+    long long inactividad = 720;
+    std::string certificado, clavePrivada;
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
         auto siguiente = [&](std::string &destino) {
@@ -103,6 +124,19 @@ int main(int argc, char **argv)
                 return 2;
             }
             puerto = static_cast<int>(p);
+        } else if (a == "--inactividad") {
+            siguiente(v);
+            char *fin = nullptr;
+            const long long m = std::strtoll(v.c_str(), &fin, 10);
+            if (v.empty() || *fin != '\0' || m <= 0 || m > 525600) {
+                std::cerr << "Minutos de inactividad no validos: " << v << "\n";
+                return 2;
+            }
+            inactividad = m;
+        } else if (a == "--tls-cert") {
+            siguiente(certificado);
+        } else if (a == "--tls-key") {
+            siguiente(clavePrivada);
         } else if (a == "--demo") {
             demo = true;
         } else if (a == "--simular") {
@@ -128,20 +162,47 @@ int main(int argc, char **argv)
     sigaddset(&senales, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &senales, nullptr);
 
+    if (certificado.empty() != clavePrivada.empty()) {
+        std::cerr << "--tls-cert y --tls-key van juntas\n";
+        return 2;
+    }
+
     std::unique_ptr<servidor::Oficina> oficina;
+    bool demoCreada = false;
     try {
         oficina = std::make_unique<servidor::Oficina>(rutaDb);
         if (conReloj)
             oficina->fijarReloj(momentoServidor);
-        if (demo && servidor::crearDemo(*oficina, oficina->ahora()))
-            std::cerr << "Red de demostracion creada en " << rutaDb << "\n";
+        oficina->fijarInactividad(inactividad * 60);
+        if (demo)
+            demoCreada = servidor::crearDemo(*oficina, oficina->ahora());
     } catch (const std::exception &e) {
         std::cerr << "No se pudo abrir la base de datos: " << e.what() << "\n";
         return 1;
     }
 
-    httplib::Server http;
+    std::unique_ptr<httplib::Server> servidorHttp;
+    if (!certificado.empty()) {
+        auto seguro =
+            std::make_unique<httplib::SSLServer>(certificado.c_str(), clavePrivada.c_str());
+        if (!seguro->is_valid()) {
+            std::cerr << "No se pudo usar el certificado " << certificado << " con la clave "
+                      << clavePrivada << "\n";
+            return 1;
+        }
+        servidorHttp = std::move(seguro);
+    } else {
+        servidorHttp = std::make_unique<httplib::Server>();
+    }
+    httplib::Server &http = *servidorHttp;
     http.set_keep_alive_timeout(1);
+    // A reply goes out at once, not after the client's delayed acknowledgement.
+    http.set_tcp_nodelay(true);
+    // Every console keeps a connection open for its clock: enough workers that slow reports
+    // and password checks never leave a clock request waiting for one.
+    http.new_task_queue = [] {
+        return new httplib::ThreadPool(64);
+    };
     http.Get(R"(/Tornavo/TornavoSU/([^/]+))",
              [&](const httplib::Request &req, httplib::Response &res) {
                  const std::string endpoint = req.matches[1];
@@ -149,11 +210,14 @@ int main(int argc, char **argv)
                      res.status = 404;
                      return;
                  }
+                 limitarCompresion(req);
                  const size_t q = req.target.find('?');
                  const std::string consulta =
                      q == std::string::npos ? std::string() : req.target.substr(q + 1);
-                 res.set_content(oficina->atenderConsulta(endpoint, consulta, req.remote_addr),
-                                 "text/plain; charset=ISO-8859-1");
+                 // The reply is moved into the response, never copied: a large sales list
+                 // costs its size once.
+                 res.body = oficina->atenderConsulta(endpoint, consulta, req.remote_addr);
+                 res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
              });
 
     int elegido = puerto;
@@ -169,7 +233,10 @@ int main(int argc, char **argv)
     }
 
     const std::string anfitrion = direccion == "0.0.0.0" ? "127.0.0.1" : direccion;
-    std::cout << "http://" << anfitrion << ":" << elegido << "/Tornavo/TornavoSU/" << std::endl;
+    std::cout << (certificado.empty() ? "http://" : "https://") << anfitrion << ":" << elegido
+              << "/Tornavo/TornavoSU/" << std::endl;
+    if (demoCreada)
+        std::cerr << "Red de demostracion creada en " << rutaDb << "\n";
 
     std::mutex mutexFin;
     std::condition_variable fin;

@@ -96,22 +96,22 @@ std::string latin1AUtf8(const std::string &texto)
     return salida;
 }
 
-std::string utf8ALatin1(const std::string &texto)
+void utf8ALatin1EnSitio(std::string &texto)
 {
-    std::string salida;
-    salida.reserve(texto.size());
+    // Latin-1 never takes more bytes than UTF-8, so the text is rewritten over itself.
+    size_t escrito = 0;
     size_t i = 0;
     const size_t n = texto.size();
     while (i < n) {
         const unsigned char c = static_cast<unsigned char>(texto[i]);
         if (c < 0x80) {
-            salida.push_back(static_cast<char>(c));
+            texto[escrito++] = static_cast<char>(c);
             ++i;
             continue;
         }
         int extra = (c & 0xE0) == 0xC0 ? 1 : (c & 0xF0) == 0xE0 ? 2 : (c & 0xF8) == 0xF0 ? 3 : 0;
         if (extra == 0 || i + extra >= n) {
-            salida.push_back('?');
+            texto[escrito++] = '?';
             ++i;
             continue;
         }
@@ -126,13 +126,20 @@ std::string utf8ALatin1(const std::string &texto)
             punto = (punto << 6) | (s & 0x3F);
         }
         if (!bien) {
-            salida.push_back('?');
+            texto[escrito++] = '?';
             ++i;
             continue;
         }
-        salida.push_back(punto <= 0xFF ? static_cast<char>(punto) : '?');
+        texto[escrito++] = punto <= 0xFF ? static_cast<char>(punto) : '?';
         i += extra + 1;
     }
+    texto.resize(escrito);
+}
+
+std::string utf8ALatin1(const std::string &texto)
+{
+    std::string salida = texto;
+    utf8ALatin1EnSitio(salida);
     return salida;
 }
 
@@ -184,7 +191,8 @@ std::string campo(const std::string &texto)
 {
     std::string salida = texto;
     for (char &c : salida) {
-        if (c == ',' || c == ';' || c == '\n' || c == '\r')
+        const unsigned char u = static_cast<unsigned char>(c);
+        if (c == ',' || c == ';' || u < 0x20 || u == 0x7F)
             c = ' ';
     }
     return salida;
