@@ -35,6 +35,8 @@ const char *const ayuda =
     "                  minutos sin actividad que cierran una sesion (por omision 720)\n"
     "  --tls-cert ARCHIVO, --tls-key ARCHIVO\n"
     "                  certificado y clave privada (PEM): sirve HTTPS en lugar de HTTP\n"
+    "  --proxy DIR     direccion de un proxy inverso de confianza: de sus pedidos se toma\n"
+    "                  la direccion del cliente de X-Forwarded-For\n"
     "  --ahora \"yyyy-MM-dd hh:mm:ss\"\n"
     "                  hace correr el reloj del servidor desde ese momento (pruebas)\n"
     "  --help          muestra esta ayuda\n";
@@ -86,6 +88,24 @@ void limitarCompresion(const httplib::Request &req)
         cabeceras.emplace("Accept-Encoding", "gzip");
 }
 
+// The address a session belongs to: the peer's, or behind the trusted reverse proxy the
+// client address that proxy appended last to X-Forwarded-For (earlier entries come from the
+// client itself and prove nothing).
+std::string direccionCliente(const httplib::Request &req, const std::string &proxy)
+{
+    if (proxy.empty() || req.remote_addr != proxy || !req.has_header("X-Forwarded-For"))
+        return req.remote_addr;
+    std::string cadena = req.get_header_value("X-Forwarded-For");
+    const size_t coma = cadena.rfind(',');
+    if (coma != std::string::npos)
+        cadena = cadena.substr(coma + 1);
+    const size_t inicio = cadena.find_first_not_of(" \t");
+    const size_t fin = cadena.find_last_not_of(" \t");
+    if (inicio == std::string::npos)
+        return req.remote_addr;
+    return cadena.substr(inicio, fin - inicio + 1);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -97,7 +117,7 @@ int main(int argc, char **argv)
     bool simular = false;
     bool conReloj = false;
     long long inactividad = 720;
-    std::string certificado, clavePrivada;
+    std::string certificado, clavePrivada, proxy;
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
         auto siguiente = [&](std::string &destino) {
@@ -133,6 +153,8 @@ int main(int argc, char **argv)
                 return 2;
             }
             inactividad = m;
+        } else if (a == "--proxy") {
+            siguiente(proxy);
         } else if (a == "--tls-cert") {
             siguiente(certificado);
         } else if (a == "--tls-key") {
@@ -203,22 +225,22 @@ int main(int argc, char **argv)
     http.new_task_queue = [] {
         return new httplib::ThreadPool(64);
     };
-    http.Get(R"(/Tornavo/TornavoSU/([^/]+))",
-             [&](const httplib::Request &req, httplib::Response &res) {
-                 const std::string endpoint = req.matches[1];
-                 if (!servidor::Oficina::existeEndpoint(endpoint)) {
-                     res.status = 404;
-                     return;
-                 }
-                 limitarCompresion(req);
-                 const size_t q = req.target.find('?');
-                 const std::string consulta =
-                     q == std::string::npos ? std::string() : req.target.substr(q + 1);
-                 // The reply is moved into the response, never copied: a large sales list
-                 // costs its size once.
-                 res.body = oficina->atenderConsulta(endpoint, consulta, req.remote_addr);
-                 res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
-             });
+    http.Get(
+        R"(/Tornavo/TornavoSU/([^/]+))", [&](const httplib::Request &req, httplib::Response &res) {
+            const std::string endpoint = req.matches[1];
+            if (!servidor::Oficina::existeEndpoint(endpoint)) {
+                res.status = 404;
+                return;
+            }
+            limitarCompresion(req);
+            const size_t q = req.target.find('?');
+            const std::string consulta =
+                q == std::string::npos ? std::string() : req.target.substr(q + 1);
+            // The reply is moved into the response, never copied: a large sales list
+            // costs its size once.
+            res.body = oficina->atenderConsulta(endpoint, consulta, direccionCliente(req, proxy));
+            res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
+        });
 
     int elegido = puerto;
     if (puerto == 0) {
