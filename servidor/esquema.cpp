@@ -171,6 +171,73 @@ BEGIN SELECT RAISE(ABORT, 'el sorteo ya cerro sus ventas'); END;
 CREATE INDEX jugadas_sorteo_hora ON jugadas(sorteo_id, fecha, hora, ticket_id);
 )SQL";
 
+// Version 3: the sales of each day per ticket office and game, kept by triggers, so that the
+// reports over a month read thousands of summary rows instead of millions of plays. Plays are
+// never deleted, only marked: the triggers follow new plays, marks and amounts, and prizes
+// awarded or withdrawn.
+const char *const migracionV3 = R"SQL(
+CREATE TABLE ventas_resumen(
+    fecha TEXT NOT NULL,
+    taquilla_id INTEGER NOT NULL,
+    juego_id INTEGER NOT NULL,
+    ventas INTEGER NOT NULL,
+    premios INTEGER NOT NULL,
+    ultima TEXT,
+    PRIMARY KEY(fecha, taquilla_id, juego_id)) WITHOUT ROWID;
+CREATE INDEX jugadas_ticket ON jugadas(ticket_id);
+INSERT INTO ventas_resumen(fecha, taquilla_id, juego_id, ventas, premios, ultima)
+SELECT jg.fecha, t.taquilla_id, s.juego_id, SUM(jg.monto), SUM(COALESCE(p.monto, 0)),
+       MAX(jg.hora)
+  FROM jugadas jg JOIN tickets t ON t.id = jg.ticket_id JOIN sorteos s ON s.id = jg.sorteo_id
+  LEFT JOIN premios p ON p.jugada_id = jg.id
+ WHERE jg.eliminada = 0
+ GROUP BY jg.fecha, t.taquilla_id, s.juego_id;
+CREATE TRIGGER resumen_jugada AFTER INSERT ON jugadas WHEN NEW.eliminada = 0
+BEGIN
+    INSERT INTO ventas_resumen(fecha, taquilla_id, juego_id, ventas, premios, ultima)
+    SELECT NEW.fecha, t.taquilla_id, s.juego_id, NEW.monto, 0, NEW.hora
+      FROM tickets t, sorteos s WHERE t.id = NEW.ticket_id AND s.id = NEW.sorteo_id
+    ON CONFLICT(fecha, taquilla_id, juego_id) DO UPDATE
+       SET ventas = ventas + excluded.ventas, ultima = max(ultima, excluded.ultima);
+END;
+CREATE TRIGGER resumen_jugada_cambiada AFTER UPDATE OF eliminada, monto ON jugadas
+WHEN OLD.eliminada <> NEW.eliminada OR OLD.monto <> NEW.monto
+BEGIN
+    INSERT OR IGNORE INTO ventas_resumen(fecha, taquilla_id, juego_id, ventas, premios, ultima)
+    SELECT NEW.fecha, t.taquilla_id, s.juego_id, 0, 0, NULL
+      FROM tickets t, sorteos s WHERE t.id = NEW.ticket_id AND s.id = NEW.sorteo_id;
+    UPDATE ventas_resumen
+       SET ventas = ventas - (CASE WHEN OLD.eliminada = 0 THEN OLD.monto ELSE 0 END)
+                           + (CASE WHEN NEW.eliminada = 0 THEN NEW.monto ELSE 0 END),
+           premios = premios + ((NEW.eliminada = 0) - (OLD.eliminada = 0)) *
+                     COALESCE((SELECT monto FROM premios WHERE jugada_id = NEW.id), 0),
+           ultima = (SELECT MAX(jg.hora) FROM tickets t JOIN jugadas jg ON jg.ticket_id = t.id
+                       JOIN sorteos s ON s.id = jg.sorteo_id
+                      WHERE t.taquilla_id = ventas_resumen.taquilla_id
+                        AND t.fecha = ventas_resumen.fecha AND jg.fecha = ventas_resumen.fecha
+                        AND s.juego_id = ventas_resumen.juego_id AND jg.eliminada = 0)
+     WHERE (fecha, taquilla_id, juego_id) =
+           (SELECT NEW.fecha, t.taquilla_id, s.juego_id FROM tickets t, sorteos s
+             WHERE t.id = NEW.ticket_id AND s.id = NEW.sorteo_id);
+END;
+CREATE TRIGGER resumen_premio AFTER INSERT ON premios
+BEGIN
+    UPDATE ventas_resumen SET premios = premios + NEW.monto
+     WHERE (fecha, taquilla_id, juego_id) =
+           (SELECT jg.fecha, t.taquilla_id, s.juego_id FROM jugadas jg
+              JOIN tickets t ON t.id = jg.ticket_id JOIN sorteos s ON s.id = jg.sorteo_id
+             WHERE jg.id = NEW.jugada_id AND jg.eliminada = 0);
+END;
+CREATE TRIGGER resumen_premio_retirado AFTER DELETE ON premios
+BEGIN
+    UPDATE ventas_resumen SET premios = premios - OLD.monto
+     WHERE (fecha, taquilla_id, juego_id) =
+           (SELECT jg.fecha, t.taquilla_id, s.juego_id FROM jugadas jg
+              JOIN tickets t ON t.id = jg.ticket_id JOIN sorteos s ON s.id = jg.sorteo_id
+             WHERE jg.id = OLD.jugada_id AND jg.eliminada = 0);
+END;
+)SQL";
+
 int versionActual(sqlite3 *db)
 {
     Sentencia st(db, "PRAGMA user_version");
@@ -199,6 +266,14 @@ void prepararEsquema(sqlite3 *db)
         if (versionActual(db) < 2) {
             ejecutarSql(db, migracionV2);
             ejecutarSql(db, "PRAGMA user_version=2");
+        }
+        t.confirmar();
+    }
+    if (versionActual(db) < 3) {
+        Transaccion t(db);
+        if (versionActual(db) < 3) {
+            ejecutarSql(db, migracionV3);
+            ejecutarSql(db, "PRAGMA user_version=3");
         }
         t.confirmar();
     }

@@ -1041,19 +1041,18 @@ std::string Oficina::ventabancas2(sqlite3 *db, const Parametros &p)
     const std::string hasta = valor(p, "h");
     if (!fechaValida(desde) || !fechaValida(hasta))
         return std::string();
+    // From the daily summary per office and game (deleted plays are not in it).
     Sentencia st(db,
                  "SELECT b.codigo, b.nombre, b.codigo || je.codigo || ag.codigo, ag.nombre, "
-                 "je.nombre, SUM(jg.monto), SUM(COALESCE(pr.monto, 0)), "
-                 "SUM(jg.monto * COALESCE(ca.porcentaje, 0)), MAX(jg.fecha || ' ' || jg.hora) "
-                 "FROM jugadas jg JOIN tickets t ON t.id = jg.ticket_id "
-                 "JOIN taquillas tq ON tq.id = t.taquilla_id "
+                 "je.nombre, SUM(r.ventas), SUM(r.premios), "
+                 "SUM(r.ventas * COALESCE(ca.porcentaje, 0)), MAX(r.fecha || ' ' || r.ultima) "
+                 "FROM ventas_resumen r JOIN taquillas tq ON tq.id = r.taquilla_id "
                  "JOIN agencias ag ON ag.id = tq.agencia_id JOIN jefes je ON je.id = ag.jefe_id "
-                 "JOIN bancas b ON b.id = je.banca_id JOIN sorteos s ON s.id = jg.sorteo_id "
-                 "LEFT JOIN premios pr ON pr.jugada_id = jg.id "
+                 "JOIN bancas b ON b.id = je.banca_id "
                  "LEFT JOIN comisiones_agencia ca ON ca.agencia_id = ag.id "
-                 "AND ca.juego_id = s.juego_id "
-                 "WHERE jg.fecha BETWEEN ?1 AND ?2 AND jg.eliminada = 0 "
-                 "GROUP BY ag.id ORDER BY b.codigo, je.codigo, ag.codigo");
+                 "AND ca.juego_id = r.juego_id "
+                 "WHERE r.fecha BETWEEN ?1 AND ?2 "
+                 "GROUP BY ag.id HAVING SUM(r.ventas) > 0 ORDER BY b.codigo, je.codigo, ag.codigo");
     st.bind(1, desde).bind(2, hasta);
     std::string r;
     while (st.paso()) {
@@ -1062,7 +1061,7 @@ std::string Oficina::ventabancas2(sqlite3 *db, const Parametros &p)
         r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + campo(st.texto(2)) + "," +
              campo(st.texto(3)) + "," + campo(st.texto(4)) + "," + montoTexto(st.entero(5)) + "," +
              montoTexto(st.entero(6)) + "," + montoTexto(comision) + "," +
-             (ultima.size() >= 19 ? ultima.substr(11, 8) : std::string()) + "\n";
+             (ultima.size() >= 19 ? campo(ultima.substr(11, 8)) : std::string()) + "\n";
     }
     // A range without sales answers a lone line break: empty tables, not "no answer".
     return r.empty() ? std::string("\n") : r;
@@ -1104,18 +1103,15 @@ std::string Oficina::reportex(sqlite3 *db, const Parametros &p)
         }
     }
     r += "_FIN_\n";
-    Sentencia st(db, "SELECT b.codigo, b.nombre, j.clave, SUM(jg.monto), "
-                     "SUM(COALESCE(pr.monto, 0)) "
-                     "FROM jugadas jg JOIN sorteos s ON s.id = jg.sorteo_id "
-                     "JOIN juegos j ON j.id = s.juego_id "
-                     "JOIN tickets t ON t.id = jg.ticket_id "
-                     "JOIN taquillas tq ON tq.id = t.taquilla_id "
+    // From the daily summary per office and game (deleted plays are not in it).
+    Sentencia st(db, "SELECT b.codigo, b.nombre, j.clave, SUM(r.ventas), SUM(r.premios) "
+                     "FROM ventas_resumen r JOIN juegos j ON j.id = r.juego_id "
+                     "JOIN taquillas tq ON tq.id = r.taquilla_id "
                      "JOIN agencias ag ON ag.id = tq.agencia_id "
                      "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
                      "JOIN superbancas sb ON sb.id = b.superbanca_id "
-                     "LEFT JOIN premios pr ON pr.jugada_id = jg.id "
-                     "WHERE sb.codigo = ?1 AND jg.fecha BETWEEN ?2 AND ?3 AND jg.eliminada = 0 "
-                     "GROUP BY b.id, j.id ORDER BY b.codigo, j.id");
+                     "WHERE sb.codigo = ?1 AND r.fecha BETWEEN ?2 AND ?3 "
+                     "GROUP BY b.id, j.id HAVING SUM(r.ventas) > 0 ORDER BY b.codigo, j.id");
     st.bind(1, superBanca).bind(2, desde).bind(3, hasta);
     while (st.paso()) {
         if (incluido(st.texto(2)))

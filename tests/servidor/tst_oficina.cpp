@@ -87,6 +87,20 @@ std::string huella(Oficina &o)
     return h;
 }
 
+// True when the daily sales summary holds exactly what the plays and prizes say.
+bool resumenCuadra(Oficina &o)
+{
+    const std::string crudo =
+        "SELECT jg.fecha, t.taquilla_id, s.juego_id, SUM(jg.monto), SUM(COALESCE(p.monto, 0)), "
+        "MAX(jg.hora) FROM jugadas jg JOIN tickets t ON t.id = jg.ticket_id "
+        "JOIN sorteos s ON s.id = jg.sorteo_id LEFT JOIN premios p ON p.jugada_id = jg.id "
+        "WHERE jg.eliminada = 0 GROUP BY 1, 2, 3";
+    const std::string resumen = "SELECT fecha, taquilla_id, juego_id, ventas, premios, ultima "
+                                "FROM ventas_resumen WHERE ventas <> 0 OR premios <> 0";
+    return contar(o, "SELECT COUNT(*) FROM (" + crudo + " EXCEPT " + resumen + ")") == 0 &&
+           contar(o, "SELECT COUNT(*) FROM (" + resumen + " EXCEPT " + crudo + ")") == 0;
+}
+
 long long primeraTaquilla(Oficina &o)
 {
     return contar(o, "SELECT MIN(id) FROM taquillas");
@@ -739,6 +753,45 @@ private slots:
 
     // ---- rights, business rules, sessions and logins --------------------------------------
 
+    void resumenDeVentas()
+    {
+        // The summary the reports read follows every sale, deletion, restoration, change of
+        // amount, award and withdrawal.
+        QTemporaryDir dir;
+        Oficina o(dir.filePath("resumen.db").toStdString());
+        o.fijarReloj(relojFijo);
+        OpcionesDemo op;
+        op.agencias = 6;
+        op.jugadasHoy = 1500;
+        op.diasPrevios = 2;
+        op.jugadasDiaPrevio = 400;
+        QVERIFY(crearDemo(o, relojFijo(), op));
+        QVERIFY(resumenCuadra(o));
+        QVERIFY(o.vender(primeraTaquilla(o), "1", "9", hoy, "14:05:00", {{"05", 700}, {"06", 50}}));
+        QVERIFY(resumenCuadra(o));
+        o.conConexion([](sqlite3 *db) {
+            ejecutarSql(db, "UPDATE jugadas SET eliminada = 1 WHERE id % 7 = 0");
+        });
+        QVERIFY(resumenCuadra(o));
+        o.conConexion([](sqlite3 *db) {
+            ejecutarSql(db, "UPDATE jugadas SET eliminada = 0 WHERE id % 14 = 0");
+            ejecutarSql(db, "UPDATE jugadas SET monto = monto * 2 WHERE id % 5 = 0");
+            ejecutarSql(db, "UPDATE jugadas SET pagada = 0");
+        });
+        QVERIFY(resumenCuadra(o));
+        QCOMPARE(pedir(o, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                 std::string("1\n"));
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=7&a=10"), std::string("1"));
+        QVERIFY(resumenCuadra(o));
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=3"), std::string("1"));
+        QVERIFY(resumenCuadra(o));
+        // The reports agree with the plays themselves.
+        long long bruto = 0;
+        for (const auto &l : lineas(pedir(o, "ventabancas2.php", "d=2026-11-20&h=2026-11-22")))
+            bruto += std::llround(std::stod(partir(l, ',')[5]) * 100);
+        QCOMPARE(bruto, contar(o, "SELECT SUM(monto) FROM jugadas WHERE eliminada = 0"));
+    }
+
     void derechosPorOpcion()
     {
         QTemporaryDir dir;
@@ -1033,6 +1086,12 @@ private slots:
             QVERIFY(crearDemo(o, relojFijo(), op));
             o.conConexion([](sqlite3 *db) {
                 ejecutarSql(db, R"SQL(
+                    DROP TRIGGER resumen_jugada;
+                    DROP TRIGGER resumen_jugada_cambiada;
+                    DROP TRIGGER resumen_premio;
+                    DROP TRIGGER resumen_premio_retirado;
+                    DROP TABLE ventas_resumen;
+                    DROP INDEX jugadas_ticket;
                     DROP TRIGGER jugadas_antes_del_sorteo;
                     DROP INDEX jugadas_sorteo_hora;
                     ALTER TABLE juegos DROP COLUMN cifras;
@@ -1050,10 +1109,13 @@ private slots:
                     PRAGMA user_version = 1;)SQL");
             });
         }
-        QCOMPARE(contar(*m_demo, "PRAGMA user_version"), 2LL);
+        QCOMPARE(contar(*m_demo, "PRAGMA user_version"), 3LL);
         Oficina o(ruta);
         o.fijarReloj(relojFijo);
-        QCOMPARE(contar(o, "PRAGMA user_version"), 2LL);
+        QCOMPARE(contar(o, "PRAGMA user_version"), 3LL);
+        // The reports' summary is built from the plays already there.
+        QVERIFY(contar(o, "SELECT COUNT(*) FROM ventas_resumen") > 0);
+        QVERIFY(resumenCuadra(o));
         QCOMPARE(contar(o, "SELECT COUNT(*) FROM animales WHERE length(numero) = 1 AND "
                            "numero <> '0'"),
                  0LL);
