@@ -167,8 +167,10 @@ DROP TABLE sesiones;
 CREATE TRIGGER jugadas_antes_del_sorteo BEFORE INSERT ON jugadas
 WHEN NEW.hora >= (SELECT hora FROM sorteos WHERE id = NEW.sorteo_id)
 BEGIN SELECT RAISE(ABORT, 'el sorteo ya cerro sus ventas'); END;
--- The monitor reads one draw's plays by time of sale straight from this index.
-CREATE INDEX jugadas_sorteo_hora ON jugadas(sorteo_id, fecha, hora, ticket_id);
+-- The monitor reads one draw's plays by time of sale from this index alone (it holds every
+-- column the monitor shows), in the order of its reply.
+CREATE INDEX jugadas_sorteo_hora
+    ON jugadas(sorteo_id, fecha, hora, ticket_id, numero, monto, eliminada, pagada);
 )SQL";
 
 // Version 3: the sales of each day per ticket office and game, kept by triggers, so that the

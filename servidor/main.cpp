@@ -1,5 +1,6 @@
 // tornavo-servidor: the reference back office over HTTP. The request handling lives in
 // Oficina; this file only reads the options, serves the endpoints and stops on a signal.
+#include "servidor/compresion.h"
 #include "servidor/demo.h"
 #include "servidor/oficina.h"
 
@@ -73,19 +74,19 @@ bool leerAhora(const std::string &texto)
     return true;
 }
 
-// Brotli at the library's level (11) costs far more CPU than the transfer it saves (12.8 s for
-// a 5.6 MB reply): only gzip, at zlib's default level, is offered to the compressor. The
-// request object is the server's own, not a constant, so its header may be rewritten here.
-void limitarCompresion(const httplib::Request &req)
+// The server compresses its replies itself (gzip at a fast level, never Brotli, whose level 11
+// in the HTTP library costs far more CPU than the transfer it saves: 12.8 s for a 5.6 MB
+// reply). The library must not compress again: the request's Accept-Encoding is taken away
+// once read. The request object is the server's own, not a constant, so this is sound.
+bool tomarCompresion(const httplib::Request &req)
 {
     auto &cabeceras = const_cast<httplib::Headers &>(req.headers);
-    const auto it = cabeceras.find("Accept-Encoding");
-    if (it == cabeceras.end())
-        return;
-    const bool gzip = it->second.find("gzip") != std::string::npos;
+    bool gzip = false;
+    for (auto it = cabeceras.find("Accept-Encoding");
+         it != cabeceras.end() && it->first == "Accept-Encoding"; ++it)
+        gzip = gzip || servidor::ofreceGzip(it->second);
     cabeceras.erase("Accept-Encoding");
-    if (gzip)
-        cabeceras.emplace("Accept-Encoding", "gzip");
+    return gzip;
 }
 
 // The address a session belongs to: the peer's, or behind the trusted reverse proxy the
@@ -232,7 +233,7 @@ int main(int argc, char **argv)
                 res.status = 404;
                 return;
             }
-            limitarCompresion(req);
+            const bool gzip = tomarCompresion(req);
             const size_t q = req.target.find('?');
             const std::string consulta =
                 q == std::string::npos ? std::string() : req.target.substr(q + 1);
@@ -240,6 +241,13 @@ int main(int argc, char **argv)
             // costs its size once.
             res.body = oficina->atenderConsulta(endpoint, consulta, direccionCliente(req, proxy));
             res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
+            if (gzip && res.body.size() >= servidor::minimoParaComprimir) {
+                std::string comprimida;
+                if (servidor::comprimirGzip(res.body, comprimida)) {
+                    res.body.swap(comprimida);
+                    res.set_header("Content-Encoding", "gzip");
+                }
+            }
         });
 
     int elegido = puerto;

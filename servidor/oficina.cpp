@@ -6,11 +6,13 @@
 #include <sodium.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <cstring>
 #include <ctime>
 #include <set>
 #include <sstream>
+#include <unordered_map>
 
 namespace servidor {
 
@@ -253,6 +255,9 @@ sqlite3 *Oficina::tomarConexion()
         ejecutarSql(db, "PRAGMA foreign_keys=ON");
         ejecutarSql(db, "PRAGMA synchronous=NORMAL");
         ejecutarSql(db, "PRAGMA cache_size=-16384");
+        // Pages are read through the operating system's cache mapped into memory, shared by
+        // every connection, instead of being copied into each connection's own cache.
+        ejecutarSql(db, "PRAGMA mmap_size=4294967296");
     } catch (...) {
         sqlite3_close(db);
         throw;
@@ -976,16 +981,25 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
             return std::string();
         sorteoId = st.entero(0);
     }
-    // The codes of every ticket office, read once: a play only names its office.
-    std::map<long long, std::string> oficinas;
-    {
-        Sentencia st(db, "SELECT tq.id, b.codigo, je.codigo, ag.codigo, tq.codigo "
-                         "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
-                         "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id");
-        while (st.paso())
-            oficinas[st.entero(0)] = campo(st.texto(1)) + "\x01" + campo(st.texto(2)) + "," +
-                                     campo(st.texto(3)) + "," + campo(st.texto(4)) + ",";
-    }
+    // The codes of each ticket office, read once per office seen: a play only names its
+    // office.
+    std::unordered_map<long long, std::string> oficinas;
+    Sentencia codigos(db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo "
+                          "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
+                          "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
+                          "WHERE tq.id = ?1");
+    auto codigosDe = [&](long long taquilla) -> const std::string & {
+        auto it = oficinas.find(taquilla);
+        if (it != oficinas.end())
+            return it->second;
+        codigos.reiniciar();
+        codigos.bind(1, taquilla);
+        std::string c = "\x01,,,";
+        if (codigos.paso())
+            c = campo(codigos.texto(0)) + "\x01" + campo(codigos.texto(1)) + "," +
+                campo(codigos.texto(2)) + "," + campo(codigos.texto(3)) + ",";
+        return oficinas.emplace(taquilla, std::move(c)).first->second;
+    };
     std::string r;
     {
         Sentencia st(db, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = ?1 AND fecha = ?2");
@@ -993,11 +1007,21 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
         if (st.paso())
             r.reserve(static_cast<size_t>(st.entero(0)) * 72 + 64);
     }
+    // The prizes of the draw's result that day, if it has one: a few winners, looked up by
+    // play in memory instead of once per play in the database.
+    std::unordered_map<long long, long long> premios;
+    {
+        Sentencia st(db, "SELECT p.jugada_id, p.monto FROM resultados r "
+                         "JOIN premios p ON p.resultado_id = r.id "
+                         "WHERE r.sorteo_id = ?1 AND r.fecha = ?2");
+        st.bind(1, sorteoId).bind(2, fecha);
+        while (st.paso())
+            premios[st.entero(0)] = st.entero(1);
+    }
     Sentencia st(db, "SELECT jg.hora, t.taquilla_id, t.numero, t.serial, jg.numero, jg.monto, "
-                     "pr.monto, jg.eliminada, jg.pagada "
+                     "jg.id, jg.eliminada, jg.pagada "
                      "FROM jugadas jg INDEXED BY jugadas_sorteo_hora "
                      "JOIN tickets t ON t.id = jg.ticket_id "
-                     "LEFT JOIN premios pr ON pr.jugada_id = jg.id "
                      "WHERE jg.sorteo_id = ?1 AND jg.fecha = ?2 "
                      "ORDER BY jg.hora, jg.ticket_id, jg.id");
     st.bind(1, sorteoId).bind(2, fecha);
@@ -1006,27 +1030,33 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
     while (st.paso()) {
         const long long oficina = st.entero(1);
         if (oficina != ultimaOficina) {
-            const auto it = oficinas.find(oficina);
-            const std::string &codigos = it == oficinas.end() ? std::string("\x01,,,") : it->second;
-            const size_t corte = codigos.find('\x01');
-            banca = codigos.substr(0, corte);
-            resto = codigos.substr(corte + 1);
+            const std::string &c = codigosDe(oficina);
+            const size_t corte = c.find('\x01');
+            banca = c.substr(0, corte);
+            resto = c.substr(corte + 1);
             ultimaOficina = oficina;
         }
+        // Appended field by field from SQLite's own buffers: a million lines, no temporaries.
         r += banca;
         r += ',';
-        r += campo(st.texto(0));
+        agregarCampo(r, st.vista(0));
         r += ',';
         r += resto;
-        r += std::to_string(st.entero(2));
+        char numero[24];
+        const auto fin = std::to_chars(numero, numero + sizeof numero, st.entero(2)).ptr;
+        r.append(numero, fin);
         r += ',';
-        r += campo(st.texto(3));
+        agregarCampo(r, st.vista(3));
         r += ',';
-        r += campo(st.texto(4));
+        agregarCampo(r, st.vista(4));
         r += ',';
-        r += montoTexto(st.entero(5));
+        agregarMonto(r, st.entero(5));
         r += ',';
-        r += st.esNulo(6) ? std::string("0") : montoTexto(st.entero(6));
+        const auto premio = premios.empty() ? premios.end() : premios.find(st.entero(6));
+        if (premio == premios.end())
+            r += '0';
+        else
+            agregarMonto(r, premio->second);
         r += st.entero(7) ? ",E," : ",,";
         r += st.entero(8) ? "X\n" : "\n";
     }
@@ -1035,33 +1065,95 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
 
 // ---- reports ------------------------------------------------------------------------------
 
+namespace {
+
+// The summary rows of a date range, added up per key in memory: the small tables (offices,
+// agencies, bancas, commissions) are read whole, so each of the many summary rows costs one
+// hash lookup instead of a chain of joins.
+struct Suma {
+    long long ventas = 0;
+    long long premios = 0;
+    double comision = 0; // Σ cents × percentage
+    std::string ultima;  // "yyyy-MM-dd hh:mm:ss" of the last sale
+};
+
+} // namespace
+
 std::string Oficina::ventabancas2(sqlite3 *db, const Parametros &p)
 {
     const std::string desde = valor(p, "d");
     const std::string hasta = valor(p, "h");
     if (!fechaValida(desde) || !fechaValida(hasta))
         return std::string();
-    // From the daily summary per office and game (deleted plays are not in it).
-    Sentencia st(db,
-                 "SELECT b.codigo, b.nombre, b.codigo || je.codigo || ag.codigo, ag.nombre, "
-                 "je.nombre, SUM(r.ventas), SUM(r.premios), "
-                 "SUM(r.ventas * COALESCE(ca.porcentaje, 0)), MAX(r.fecha || ' ' || r.ultima) "
-                 "FROM ventas_resumen r JOIN taquillas tq ON tq.id = r.taquilla_id "
-                 "JOIN agencias ag ON ag.id = tq.agencia_id JOIN jefes je ON je.id = ag.jefe_id "
-                 "JOIN bancas b ON b.id = je.banca_id "
-                 "LEFT JOIN comisiones_agencia ca ON ca.agencia_id = ag.id "
-                 "AND ca.juego_id = r.juego_id "
-                 "WHERE r.fecha BETWEEN ?1 AND ?2 "
-                 "GROUP BY ag.id HAVING SUM(r.ventas) > 0 ORDER BY b.codigo, je.codigo, ag.codigo");
+    struct Agencia {
+        std::string orden; // banca, group chief and agency codes, for the order of the lines
+        std::string linea; // the five first fields
+        Suma suma;
+    };
+    std::unordered_map<long long, Agencia> agencias;
+    {
+        Sentencia st(db, "SELECT ag.id, b.codigo, b.nombre, je.codigo, ag.codigo, ag.nombre, "
+                         "je.nombre FROM agencias ag JOIN jefes je ON je.id = ag.jefe_id "
+                         "JOIN bancas b ON b.id = je.banca_id");
+        while (st.paso()) {
+            Agencia &a = agencias[st.entero(0)];
+            a.orden = st.texto(1) + '\x01' + st.texto(3) + '\x01' + st.texto(4);
+            a.linea = campo(st.texto(1)) + "," + campo(st.texto(2)) + "," +
+                      campo(st.texto(1) + st.texto(3) + st.texto(4)) + "," + campo(st.texto(5)) +
+                      "," + campo(st.texto(6));
+        }
+    }
+    // Ticket office → (its agency, the agency's id).
+    std::unordered_map<long long, std::pair<Agencia *, long long>> deTaquilla;
+    {
+        Sentencia st(db, "SELECT id, agencia_id FROM taquillas");
+        while (st.paso()) {
+            const auto it = agencias.find(st.entero(1));
+            if (it != agencias.end())
+                deTaquilla[st.entero(0)] = {&it->second, st.entero(1)};
+        }
+    }
+    std::map<std::pair<long long, long long>, double> porcentajes;
+    {
+        Sentencia st(db, "SELECT agencia_id, juego_id, porcentaje FROM comisiones_agencia");
+        while (st.paso())
+            porcentajes[{st.entero(0), st.entero(1)}] = st.real(2);
+    }
+    // Commission: Σ amount × the agency's percentage for the play's game.
+    Sentencia st(db, "SELECT taquilla_id, juego_id, ventas, premios, fecha, ultima "
+                     "FROM ventas_resumen WHERE fecha BETWEEN ?1 AND ?2");
     st.bind(1, desde).bind(2, hasta);
-    std::string r;
     while (st.paso()) {
-        const long long comision = std::llround(st.real(7) / 100.0);
-        const std::string ultima = st.texto(8);
-        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + campo(st.texto(2)) + "," +
-             campo(st.texto(3)) + "," + campo(st.texto(4)) + "," + montoTexto(st.entero(5)) + "," +
-             montoTexto(st.entero(6)) + "," + montoTexto(comision) + "," +
-             (ultima.size() >= 19 ? campo(ultima.substr(11, 8)) : std::string()) + "\n";
+        const long long taquilla = st.entero(0);
+        const auto a = deTaquilla.find(taquilla);
+        if (a == deTaquilla.end())
+            continue;
+        Suma &s = a->second.first->suma;
+        const long long ventas = st.entero(2);
+        s.ventas += ventas;
+        s.premios += st.entero(3);
+        const auto pct = porcentajes.find({a->second.second, st.entero(1)});
+        if (pct != porcentajes.end())
+            s.comision += static_cast<double>(ventas) * pct->second;
+        if (!st.esNulo(5)) {
+            const std::string momento = st.texto(4) + " " + st.texto(5);
+            if (momento > s.ultima)
+                s.ultima = momento;
+        }
+    }
+    std::vector<const Agencia *> conVentas;
+    for (const auto &a : agencias)
+        if (a.second.suma.ventas > 0)
+            conVentas.push_back(&a.second);
+    std::sort(conVentas.begin(), conVentas.end(),
+              [](const Agencia *x, const Agencia *y) { return x->orden < y->orden; });
+    std::string r;
+    for (const Agencia *a : conVentas) {
+        const long long comision = std::llround(a->suma.comision / 100.0);
+        r += a->linea + "," + montoTexto(a->suma.ventas) + "," + montoTexto(a->suma.premios) + "," +
+             montoTexto(comision) + "," +
+             (a->suma.ultima.size() >= 19 ? campo(a->suma.ultima.substr(11, 8)) : std::string()) +
+             "\n";
     }
     // A range without sales answers a lone line break: empty tables, not "no answer".
     return r.empty() ? std::string("\n") : r;
@@ -1081,11 +1173,14 @@ std::string Oficina::reportex(sqlite3 *db, const Parametros &p)
     };
 
     std::string r;
+    std::unordered_map<long long, std::pair<long long, std::string>> juegos; // id → (order, key)
     {
-        Sentencia st(db, "SELECT clave, nombre FROM juegos ORDER BY id");
+        Sentencia st(db, "SELECT id, clave, nombre FROM juegos ORDER BY id");
         while (st.paso()) {
-            if (incluido(st.texto(0)))
-                r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "\n";
+            if (!incluido(st.texto(1)))
+                continue;
+            juegos[st.entero(0)] = {st.entero(0), st.texto(1)};
+            r += campo(st.texto(1)) + "," + campo(st.texto(2)) + "\n";
         }
     }
     r += "_FIN_\n";
@@ -1103,21 +1198,48 @@ std::string Oficina::reportex(sqlite3 *db, const Parametros &p)
         }
     }
     r += "_FIN_\n";
-    // From the daily summary per office and game (deleted plays are not in it).
-    Sentencia st(db, "SELECT b.codigo, b.nombre, j.clave, SUM(r.ventas), SUM(r.premios) "
-                     "FROM ventas_resumen r JOIN juegos j ON j.id = r.juego_id "
-                     "JOIN taquillas tq ON tq.id = r.taquilla_id "
-                     "JOIN agencias ag ON ag.id = tq.agencia_id "
-                     "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
-                     "JOIN superbancas sb ON sb.id = b.superbanca_id "
-                     "WHERE sb.codigo = ?1 AND r.fecha BETWEEN ?2 AND ?3 "
-                     "GROUP BY b.id, j.id HAVING SUM(r.ventas) > 0 ORDER BY b.codigo, j.id");
-    st.bind(1, superBanca).bind(2, desde).bind(3, hasta);
-    while (st.paso()) {
-        if (incluido(st.texto(2)))
-            r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + campo(st.texto(2)) + "," +
-                 montoTexto(st.entero(3)) + "," + montoTexto(st.entero(4)) + "\n";
+    // The bancas of the super-banca, and the banca of each of their ticket offices.
+    struct Banca {
+        std::string codigo, nombre;
+    };
+    std::unordered_map<long long, Banca> bancas;
+    std::unordered_map<long long, long long> bancaDeTaquilla;
+    {
+        Sentencia st(db, "SELECT tq.id, b.id, b.codigo, b.nombre FROM taquillas tq "
+                         "JOIN agencias ag ON ag.id = tq.agencia_id "
+                         "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
+                         "JOIN superbancas sb ON sb.id = b.superbanca_id WHERE sb.codigo = ?1");
+        st.bind(1, superBanca);
+        while (st.paso()) {
+            bancaDeTaquilla[st.entero(0)] = st.entero(1);
+            bancas[st.entero(1)] = {st.texto(2), st.texto(3)};
+        }
     }
+    std::map<std::pair<long long, long long>, Suma> sumas; // (banca, game)
+    Sentencia st(db, "SELECT taquilla_id, juego_id, ventas, premios "
+                     "FROM ventas_resumen WHERE fecha BETWEEN ?1 AND ?2");
+    st.bind(1, desde).bind(2, hasta);
+    while (st.paso()) {
+        const auto b = bancaDeTaquilla.find(st.entero(0));
+        if (b == bancaDeTaquilla.end() || !juegos.count(st.entero(1)))
+            continue;
+        Suma &s = sumas[{b->second, st.entero(1)}];
+        s.ventas += st.entero(2);
+        s.premios += st.entero(3);
+    }
+    std::vector<std::pair<std::pair<std::string, long long>, std::string>> lineas;
+    for (const auto &[clave, s] : sumas) {
+        if (s.ventas <= 0)
+            continue;
+        const Banca &b = bancas[clave.first];
+        lineas.push_back({{b.codigo, juegos[clave.second].first},
+                          campo(b.codigo) + "," + campo(b.nombre) + "," +
+                              campo(juegos[clave.second].second) + "," + montoTexto(s.ventas) +
+                              "," + montoTexto(s.premios) + "\n"});
+    }
+    std::sort(lineas.begin(), lineas.end());
+    for (const auto &l : lineas)
+        r += l.second;
     return r;
 }
 

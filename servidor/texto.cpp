@@ -198,6 +198,38 @@ std::string campo(const std::string &texto)
     return salida;
 }
 
+void agregarCampo(std::string &destino, std::string_view texto)
+{
+    const size_t inicio = destino.size();
+    destino.append(texto.data(), texto.size());
+    for (size_t i = inicio; i < destino.size(); ++i) {
+        const unsigned char u = static_cast<unsigned char>(destino[i]);
+        if (u == ',' || u == ';' || u < 0x20 || u == 0x7F)
+            destino[i] = ' ';
+    }
+}
+
+void agregarMonto(std::string &destino, long long centimos)
+{
+    char b[32];
+    unsigned long long v =
+        centimos < 0 ? 0ULL - static_cast<unsigned long long>(centimos) : centimos;
+    int n = 0;
+    b[n++] = static_cast<char>('0' + v % 10);
+    v /= 10;
+    b[n++] = static_cast<char>('0' + v % 10);
+    v /= 10;
+    b[n++] = '.';
+    do {
+        b[n++] = static_cast<char>('0' + v % 10);
+        v /= 10;
+    } while (v);
+    if (centimos < 0)
+        b[n++] = '-';
+    while (n)
+        destino.push_back(b[--n]);
+}
+
 bool fechaValida(const std::string &fecha)
 {
     if (fecha.size() != 10 || fecha[4] != '-' || fecha[7] != '-')

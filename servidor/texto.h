@@ -3,6 +3,7 @@
 #include <map>
 #include <vector>
 #include <string>
+#include <string_view>
 
 // Text helpers of the back office: query strings, character sets and amounts. No sockets and
 // no database here.
@@ -38,6 +39,10 @@ std::string porcentajeTexto(double porcentaje);
 // and every control character, NUL included, are replaced by blanks, so that a name can never
 // shift the fields of a line nor cut a reply short.
 std::string campo(const std::string &texto);
+// The same, appended to `destino` (no temporary text).
+void agregarCampo(std::string &destino, std::string_view texto);
+// montoTexto(centimos) appended to `destino`.
+void agregarMonto(std::string &destino, long long centimos);
 
 // True for a real calendar date written "yyyy-MM-dd".
 bool fechaValida(const std::string &fecha);

@@ -2,6 +2,7 @@
 // publish/undo, concurrent publishes, the access rule and hostile query values, on a
 // temporary database with a fixed clock (2026-11-22 14:05:00).
 #include "servidor/basedatos.h"
+#include "servidor/compresion.h"
 #include "servidor/demo.h"
 #include "servidor/oficina.h"
 #include "servidor/texto.h"
@@ -11,6 +12,8 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <zlib.h>
 
 #include <atomic>
 #include <memory>
@@ -182,11 +185,55 @@ private slots:
         QCOMPARE(montoTexto(5), std::string("0.05"));
         QCOMPARE(montoTexto(-250), std::string("-2.50"));
         QCOMPARE(campo("a,b;c\nd"), std::string("a b c d"));
+        QCOMPARE(campo(std::string("a\0b\x01\x7F", 5)), std::string("a b  "));
+        for (long long c : {0LL, 5LL, 99LL, 100LL, 125000LL, -250LL, -5LL, 123456789012LL}) {
+            std::string t = "x";
+            agregarMonto(t, c);
+            QCOMPARE(t, "x" + montoTexto(c));
+        }
+        std::string t = "y";
+        agregarCampo(t, std::string_view("a,b;c\n\0", 7));
+        QCOMPARE(t, std::string("ya b c  "));
         QVERIFY(fechaValida("2024-02-29"));
         QVERIFY(!fechaValida("2026-02-29"));
         QVERIFY(!fechaValida("2026-11-22' --"));
         QVERIFY(horaValida("23:59:59"));
         QVERIFY(!horaValida("24:00:00"));
+    }
+
+    void compresion()
+    {
+        std::string texto;
+        for (int i = 0; i < 200000; ++i)
+            texto += "01,09:41:07,02,001,01," + std::to_string(i) + ",C1637FC9,00,25.00,0,,X\n";
+        std::string z;
+        QVERIFY(comprimirGzip(texto, z));
+        QVERIFY(z.size() * 4 < texto.size());
+        QCOMPARE(static_cast<unsigned char>(z[0]), static_cast<unsigned char>(0x1F));
+        QCOMPARE(static_cast<unsigned char>(z[1]), static_cast<unsigned char>(0x8B));
+        // Back again with zlib's gzip reader: the same bytes.
+        z_stream s{};
+        QCOMPARE(inflateInit2(&s, 15 + 16), Z_OK);
+        std::string vuelta(texto.size() + 16, '\0');
+        s.next_in = reinterpret_cast<Bytef *>(&z[0]);
+        s.avail_in = static_cast<uInt>(z.size());
+        s.next_out = reinterpret_cast<Bytef *>(&vuelta[0]);
+        s.avail_out = static_cast<uInt>(vuelta.size());
+        QCOMPARE(inflate(&s, Z_FINISH), Z_STREAM_END);
+        vuelta.resize(s.total_out);
+        inflateEnd(&s);
+        QVERIFY(vuelta == texto);
+        QVERIFY(comprimirGzip("", z));
+        QVERIFY(!z.empty());
+
+        QVERIFY(ofreceGzip("gzip"));
+        QVERIFY(ofreceGzip("gzip, deflate"));
+        QVERIFY(ofreceGzip("deflate, gzip;q=0.5, br"));
+        QVERIFY(ofreceGzip(" GZIP "));
+        QVERIFY(!ofreceGzip("br"));
+        QVERIFY(!ofreceGzip("gzip;q=0"));
+        QVERIFY(!ofreceGzip("identity"));
+        QVERIFY(!ofreceGzip(""));
     }
 
     // ---- login and access ----------------------------------------------------------------
