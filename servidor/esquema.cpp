@@ -170,7 +170,7 @@ BEGIN SELECT RAISE(ABORT, 'el sorteo ya cerro sus ventas'); END;
 -- The monitor reads one draw's plays by time of sale from this index alone (it holds every
 -- column the monitor shows), in the order of its reply.
 CREATE INDEX jugadas_sorteo_hora
-    ON jugadas(sorteo_id, fecha, hora, ticket_id, numero, monto, eliminada, pagada);
+    ON jugadas(sorteo_id, fecha, hora, ticket_id, id, numero, monto, eliminada, pagada);
 )SQL";
 
 // Version 3: the sales of each day per ticket office and game, kept by triggers, so that the

@@ -12,6 +12,7 @@
 #include <ctime>
 #include <set>
 #include <sstream>
+#include <thread>
 #include <unordered_map>
 
 namespace servidor {
@@ -292,6 +293,11 @@ void Oficina::fijarInactividad(long long segundos)
 {
     std::lock_guard<std::mutex> candado(m_mutexSesiones);
     m_inactividad = segundos;
+}
+
+void Oficina::fijarJugadasParaDosHilos(long long jugadas)
+{
+    m_jugadasParaDosHilos = jugadas;
 }
 
 void Oficina::fijarIntentosPorMinuto(int intentos)
@@ -966,21 +972,14 @@ std::string Oficina::monitorresultados(sqlite3 *db, const Parametros &p)
     return r;
 }
 
-std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
+namespace {
+
+// The monitor's lines of one draw and date for the plays sold from `desde` (included) to
+// `hasta` (excluded), appended to `r`.
+void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
+                    const std::string &desde, const std::string &hasta,
+                    const std::unordered_map<long long, long long> &premios, std::string &r)
 {
-    // The monitor's game code names the game and the draw together: "<game key>-<draw key>:".
-    // The draw is found first among the few draws, so that its plays come straight from the
-    // index (draw, date, time of sale) in the order of the reply, without sorting.
-    const std::string fecha = valor(p, "f");
-    long long sorteoId = 0;
-    {
-        Sentencia st(db, "SELECT s.id FROM sorteos s JOIN juegos j ON j.id = s.juego_id "
-                         "WHERE j.clave || '-' || s.clave || ':' = ?1");
-        st.bind(1, valor(p, "j"));
-        if (!st.paso())
-            return std::string();
-        sorteoId = st.entero(0);
-    }
     // The codes of each ticket office, read once per office seen: a play only names its
     // office.
     std::unordered_map<long long, std::string> oficinas;
@@ -1000,12 +999,89 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
                 campo(codigos.texto(2)) + "," + campo(codigos.texto(3)) + ",";
         return oficinas.emplace(taquilla, std::move(c)).first->second;
     };
-    std::string r;
+    // The plays from the index alone; their ticket (office, number, serial) is read once per
+    // ticket, since a ticket's plays come one after the other.
+    Sentencia st(db, "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
+                     "FROM jugadas INDEXED BY jugadas_sorteo_hora "
+                     "WHERE sorteo_id = ?1 AND fecha = ?2 AND hora >= ?3 AND hora < ?4 "
+                     "ORDER BY hora, ticket_id, id");
+    st.bind(1, sorteoId).bind(2, fecha).bind(3, desde).bind(4, hasta);
+    Sentencia ticket(db, "SELECT taquilla_id, numero, serial FROM tickets WHERE id = ?1");
+    long long ultimoTicket = -1;
+    long long ultimaOficina = -1;
+    std::string banca, resto, deTicket;
+    while (st.paso()) {
+        const long long ticketId = st.entero(1);
+        if (ticketId != ultimoTicket) {
+            ultimoTicket = ticketId;
+            ticket.reiniciar();
+            ticket.bind(1, ticketId);
+            long long oficina = 0;
+            deTicket.clear();
+            if (ticket.paso()) {
+                oficina = ticket.entero(0);
+                char numero[24];
+                const auto fin =
+                    std::to_chars(numero, numero + sizeof numero, ticket.entero(1)).ptr;
+                deTicket.append(numero, fin);
+                deTicket += ',';
+                agregarCampo(deTicket, ticket.vista(2));
+            } else {
+                deTicket = ",";
+            }
+            if (oficina != ultimaOficina) {
+                const std::string &c = codigosDe(oficina);
+                const size_t corte = c.find('\x01');
+                banca = c.substr(0, corte);
+                resto = c.substr(corte + 1);
+                ultimaOficina = oficina;
+            }
+        }
+        // Appended field by field from SQLite's own buffers: a million lines, no temporaries.
+        r += banca;
+        r += ',';
+        agregarCampo(r, st.vista(0));
+        r += ',';
+        r += resto;
+        r += deTicket;
+        r += ',';
+        agregarCampo(r, st.vista(2));
+        r += ',';
+        agregarMonto(r, st.entero(3));
+        r += ',';
+        const auto premio = premios.empty() ? premios.end() : premios.find(st.entero(4));
+        if (premio == premios.end())
+            r += '0';
+        else
+            agregarMonto(r, premio->second);
+        r += st.entero(5) ? ",E," : ",,";
+        r += st.entero(6) ? "X\n" : "\n";
+    }
+}
+
+} // namespace
+
+std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
+{
+    // The monitor's game code names the game and the draw together: "<game key>-<draw key>:".
+    // The draw is found first among the few draws, so that its plays come straight from the
+    // index (draw, date, time of sale) in the order of the reply, without sorting.
+    const std::string fecha = valor(p, "f");
+    long long sorteoId = 0;
+    {
+        Sentencia st(db, "SELECT s.id FROM sorteos s JOIN juegos j ON j.id = s.juego_id "
+                         "WHERE j.clave || '-' || s.clave || ':' = ?1");
+        st.bind(1, valor(p, "j"));
+        if (!st.paso())
+            return std::string();
+        sorteoId = st.entero(0);
+    }
+    long long total = 0;
     {
         Sentencia st(db, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = ?1 AND fecha = ?2");
         st.bind(1, sorteoId).bind(2, fecha);
         if (st.paso())
-            r.reserve(static_cast<size_t>(st.entero(0)) * 72 + 64);
+            total = st.entero(0);
     }
     // The prizes of the draw's result that day, if it has one: a few winners, looked up by
     // play in memory instead of once per play in the database.
@@ -1018,48 +1094,45 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
         while (st.paso())
             premios[st.entero(0)] = st.entero(1);
     }
-    Sentencia st(db, "SELECT jg.hora, t.taquilla_id, t.numero, t.serial, jg.numero, jg.monto, "
-                     "jg.id, jg.eliminada, jg.pagada "
-                     "FROM jugadas jg INDEXED BY jugadas_sorteo_hora "
-                     "JOIN tickets t ON t.id = jg.ticket_id "
-                     "WHERE jg.sorteo_id = ?1 AND jg.fecha = ?2 "
-                     "ORDER BY jg.hora, jg.ticket_id, jg.id");
-    st.bind(1, sorteoId).bind(2, fecha);
-    long long ultimaOficina = -1;
-    std::string banca, resto;
-    while (st.paso()) {
-        const long long oficina = st.entero(1);
-        if (oficina != ultimaOficina) {
-            const std::string &c = codigosDe(oficina);
-            const size_t corte = c.find('\x01');
-            banca = c.substr(0, corte);
-            resto = c.substr(corte + 1);
-            ultimaOficina = oficina;
-        }
-        // Appended field by field from SQLite's own buffers: a million lines, no temporaries.
-        r += banca;
-        r += ',';
-        agregarCampo(r, st.vista(0));
-        r += ',';
-        r += resto;
-        char numero[24];
-        const auto fin = std::to_chars(numero, numero + sizeof numero, st.entero(2)).ptr;
-        r.append(numero, fin);
-        r += ',';
-        agregarCampo(r, st.vista(3));
-        r += ',';
-        agregarCampo(r, st.vista(4));
-        r += ',';
-        agregarMonto(r, st.entero(5));
-        r += ',';
-        const auto premio = premios.empty() ? premios.end() : premios.find(st.entero(6));
-        if (premio == premios.end())
-            r += '0';
-        else
-            agregarMonto(r, premio->second);
-        r += st.entero(7) ? ",E," : ",,";
-        r += st.entero(8) ? "X\n" : "\n";
+    std::string r;
+    r.reserve(static_cast<size_t>(total) * 72 + 64);
+    // Times of sale are "hh:mm:ss": "" comes before all of them and "~" after.
+    const std::string antes = "", despues = "~";
+    if (total < m_jugadasParaDosHilos) {
+        lineasDeVentas(db, sorteoId, fecha, antes, despues, premios, r);
+        return r;
     }
+    // A large draw is read in two halves by time of sale, the later half on a second
+    // connection in a second thread, so that both cores work on it.
+    std::string mitad;
+    {
+        Sentencia st(db, "SELECT hora FROM jugadas INDEXED BY jugadas_sorteo_hora "
+                         "WHERE sorteo_id = ?1 AND fecha = ?2 ORDER BY hora, ticket_id, id "
+                         "LIMIT 1 OFFSET ?3");
+        st.bind(1, sorteoId).bind(2, fecha).bind(3, total / 2);
+        mitad = st.paso() ? st.texto(0) : despues;
+    }
+    std::string segunda;
+    bool fallo = false;
+    std::thread otra([&] {
+        try {
+            Prestamo conexion(*this);
+            segunda.reserve(static_cast<size_t>(total) * 40);
+            lineasDeVentas(conexion.db(), sorteoId, fecha, mitad, despues, premios, segunda);
+        } catch (const std::exception &) {
+            fallo = true;
+        }
+    });
+    try {
+        lineasDeVentas(db, sorteoId, fecha, antes, mitad, premios, r);
+    } catch (...) {
+        otra.join();
+        throw;
+    }
+    otra.join();
+    if (fallo)
+        throw ErrorBaseDatos("monitorventas: la segunda mitad fallo");
+    r += segunda;
     return r;
 }
 

@@ -71,6 +71,10 @@ public:
     // attempts are refused without checking the password (default 5).
     void fijarIntentosPorMinuto(int intentos);
 
+    // Draws with at least this many plays on a date are read by two threads for the monitor
+    // (default 200,000). Set it before serving requests.
+    void fijarJugadasParaDosHilos(long long jugadas);
+
     // True when the database holds no user and no game yet.
     bool vacia();
 
@@ -158,6 +162,7 @@ private:
     std::mutex m_mutexSesiones;
     std::map<std::string, Sesion> m_sesiones;
     long long m_inactividad = 12 * 3600;
+    long long m_jugadasParaDosHilos = 200000;
 
     std::mutex m_mutexIntentos;
     std::map<std::string, std::vector<long long>> m_fallosDireccion;

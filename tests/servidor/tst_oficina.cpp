@@ -509,6 +509,15 @@ private slots:
         QCOMPARE(eliminadas, contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 3 "
                                              "AND fecha = '2026-11-22' AND eliminada = 1"));
         QVERIFY(contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE eliminada = 1") > 0);
+        // A large draw is read in two halves by two threads: the same bytes as in one.
+        const std::string enUno = pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-3:");
+        const std::string lineasUnHilo =
+            pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-9:");
+        QVERIFY(std::count(enUno.begin(), enUno.end(), '\n') > 50);
+        m_demo->fijarJugadasParaDosHilos(2);
+        QCOMPARE(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-3:"), enUno);
+        QCOMPARE(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-9:"), lineasUnHilo);
+        m_demo->fijarJugadasParaDosHilos(200000);
         QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=13").empty());
         QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1").empty());
     }
