@@ -152,6 +152,42 @@ private slots:
                 std::string::npos);
     }
 
+    void compresionDeLasRespuestas()
+    {
+        ServidorReferencia s(demoFija);
+        QVERIFY(s.iniciado());
+        Cliente c(s);
+        c.http.set_decompress(false);
+        const std::string ruta = "/Tornavo/TornavoSU/monitoragencias.php";
+        auto identidad =
+            c.http.Get(ruta.c_str(), httplib::Headers{{"Accept-Encoding", "identity"}});
+        QVERIFY(identidad);
+        QVERIFY(!identidad->has_header("Content-Encoding"));
+        QVERIFY(identidad->body.size() > 10000);
+        // A client that offers Brotli first still gets gzip; one that offers only Brotli gets
+        // the reply as it is.
+        for (const char *oferta : {"br, gzip, deflate", "gzip", "deflate, gzip;q=0.8"}) {
+            auto r = c.http.Get(ruta.c_str(), httplib::Headers{{"Accept-Encoding", oferta}});
+            QVERIFY(r);
+            QCOMPARE(QString::fromStdString(r->get_header_value("Content-Encoding")),
+                     QStringLiteral("gzip"));
+            QVERIFY(r->body.size() * 3 < identidad->body.size());
+            QCOMPARE(static_cast<unsigned char>(r->body[0]), static_cast<unsigned char>(0x1F));
+        }
+        auto br = c.http.Get(ruta.c_str(), httplib::Headers{{"Accept-Encoding", "br"}});
+        QVERIFY(br);
+        QVERIFY(!br->has_header("Content-Encoding"));
+        QVERIFY(br->body == identidad->body);
+        // A short reply goes out as it is.
+        auto corta = c.http.Get("/Tornavo/TornavoSU/datetime.php",
+                                httplib::Headers{{"Accept-Encoding", "gzip"}});
+        QVERIFY(corta);
+        QVERIFY(!corta->has_header("Content-Encoding"));
+        // And a decompressing client reads the same text.
+        Cliente normal(s);
+        QVERIFY(normal.get("monitoragencias.php") == identidad->body);
+    }
+
     void derechosDelUsuarioDeLaDireccion()
     {
         // "operador" (options 21, 22, 31) publishes but may not undo, award automatically or
