@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <cctype>
 #include <climits>
-#include <cstdlib>
 
 namespace servidor {
 
@@ -68,7 +67,9 @@ bool ofreceGzip(const std::string &aceptada)
         const std::string parametro = limpio.substr(pc + 1);
         if (parametro.rfind("q=", 0) != 0)
             return true;
-        return std::strtod(parametro.c_str() + 2, nullptr) > 0;
+        // "q=0", "q=0.0", "q=0.000" refuse it; any other digit than 0 accepts it. No strtod:
+        // its decimal point follows the process's locale.
+        return parametro.find_first_of("123456789", 2) != std::string::npos;
     }
     return false;
 }

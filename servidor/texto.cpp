@@ -1,5 +1,7 @@
 #include "servidor/texto.h"
 
+#include <cmath>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -182,8 +184,14 @@ std::string montoTexto(long long centimos)
 
 std::string porcentajeTexto(double porcentaje)
 {
+    // Hundredths counted as integers: the decimal point is always ".", whatever the locale of
+    // the process (a Qt program sets the user's, where it may be ",").
+    const long long centesimas = std::llround(porcentaje * 100);
+    const unsigned long long absoluto =
+        centesimas < 0 ? 0ULL - static_cast<unsigned long long>(centesimas) : centesimas;
     char buffer[48];
-    std::snprintf(buffer, sizeof buffer, "%.2f", porcentaje);
+    std::snprintf(buffer, sizeof buffer, "%s%llu.%02llu", centesimas < 0 ? "-" : "", absoluto / 100,
+                  absoluto % 100);
     return buffer;
 }
 

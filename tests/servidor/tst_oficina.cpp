@@ -104,6 +104,28 @@ bool resumenCuadra(Oficina &o)
            contar(o, "SELECT COUNT(*) FROM (" + resumen + " EXCEPT " + crudo + ")") == 0;
 }
 
+// "1250.00" -> 125000, whatever the locale (std::stod follows it, and Qt sets the user's).
+long long centimos(const std::string &monto)
+{
+    long long entero = 0, decimales = 0;
+    int cifras = -1;
+    bool negativo = false;
+    for (const char c : monto) {
+        if (c == '-')
+            negativo = true;
+        else if (c == '.')
+            cifras = 0;
+        else if (c >= '0' && c <= '9' && cifras < 0)
+            entero = entero * 10 + (c - '0');
+        else if (c >= '0' && c <= '9' && cifras < 2)
+            decimales = decimales * 10 + (c - '0'), ++cifras;
+    }
+    while (cifras >= 0 && cifras < 2)
+        decimales *= 10, ++cifras;
+    const long long total = entero * 100 + decimales;
+    return negativo ? -total : total;
+}
+
 long long primeraTaquilla(Oficina &o)
 {
     return contar(o, "SELECT MIN(id) FROM taquillas");
@@ -184,6 +206,11 @@ private slots:
         QCOMPARE(montoTexto(125000), std::string("1250.00"));
         QCOMPARE(montoTexto(5), std::string("0.05"));
         QCOMPARE(montoTexto(-250), std::string("-2.50"));
+        QCOMPARE(centimos("1250.00"), 125000LL);
+        QCOMPARE(centimos("-2.5"), -250LL);
+        QCOMPARE(porcentajeTexto(12.5), std::string("12.50"));
+        QCOMPARE(porcentajeTexto(10), std::string("10.00"));
+        QCOMPARE(porcentajeTexto(-0.25), std::string("-0.25"));
         QCOMPARE(campo("a,b;c\nd"), std::string("a b c d"));
         QCOMPARE(campo(std::string("a\0b\x01\x7F", 5)), std::string("a b  "));
         for (long long c : {0LL, 5LL, 99LL, 100LL, 125000LL, -250LL, -5LL, 123456789012LL}) {
@@ -494,7 +521,7 @@ private slots:
                 ++premiadas;
                 QCOMPARE(f[7], ganador);
                 // 1/30: the prize is 30 times the amount.
-                QCOMPARE(std::llround(std::stod(f[9]) * 100), std::llround(std::stod(f[8]) * 3000));
+                QCOMPARE(centimos(f[9]), centimos(f[8]) * 30);
             }
             eliminadas += f[10] == "E";
             pagadas += f[11] == "X";
@@ -534,10 +561,11 @@ private slots:
             QCOMPARE(f[2].substr(0, 2), f[0]);
             QCOMPARE(f[2].size(), size_t(7));
             QVERIFY(horaValida(f[8]));
-            bruto += std::llround(std::stod(f[5]) * 100);
-            premios += std::llround(std::stod(f[6]) * 100);
+            bruto += centimos(f[5]);
+            premios += centimos(f[6]);
             // Commission between 10 and 12 % on animals and 8 and 10 % on numbers.
-            const double c = std::stod(f[7]) / std::stod(f[5]);
+            const double c =
+                static_cast<double>(centimos(f[7])) / static_cast<double>(centimos(f[5]));
             QVERIFY(c >= 0.079 && c <= 0.121);
         }
         QCOMPARE(bruto, contar(*m_demo, "SELECT SUM(monto) FROM jugadas WHERE eliminada = 0"));
@@ -569,7 +597,7 @@ private slots:
             QCOMPARE(f.size(), size_t(5));
             QVERIFY(f[0] != "06");
             QVERIFY(f[2] == "1" || f[2] == "4");
-            bruto += std::llround(std::stod(f[3]) * 100);
+            bruto += centimos(f[3]);
         }
         QCOMPARE(bruto, contar(*m_demo, "SELECT SUM(jg.monto) FROM jugadas jg JOIN sorteos s ON "
                                         "s.id = jg.sorteo_id JOIN juegos j ON j.id = s.juego_id "
@@ -844,7 +872,7 @@ private slots:
         // The reports agree with the plays themselves.
         long long bruto = 0;
         for (const auto &l : lineas(pedir(o, "ventabancas2.php", "d=2026-11-20&h=2026-11-22")))
-            bruto += std::llround(std::stod(partir(l, ',')[5]) * 100);
+            bruto += centimos(partir(l, ',')[5]);
         QCOMPARE(bruto, contar(o, "SELECT SUM(monto) FROM jugadas WHERE eliminada = 0"));
     }
 
