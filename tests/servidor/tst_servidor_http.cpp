@@ -188,6 +188,31 @@ private slots:
         QVERIFY(normal.get("monitoragencias.php") == identidad->body);
     }
 
+    void detrasDeUnProxyInverso()
+    {
+        // Behind a trusted reverse proxy each console's address comes from X-Forwarded-For
+        // (its last entry, the one the proxy wrote): one console's login opens nothing to
+        // another.
+        ServidorReferencia s(demoFija + QStringList{"--proxy", "127.0.0.1"});
+        QVERIFY2(s.iniciado(), qPrintable(s.salida()));
+        Cliente c(s);
+        auto pedir = [&](const char *ruta, const char *cliente) {
+            auto r = c.http.Get((std::string("/Tornavo/TornavoSU/") + ruta).c_str(),
+                                httplib::Headers{{"X-Forwarded-For", cliente}});
+            return r ? r->body : std::string("<sin respuesta>");
+        };
+        QCOMPARE(pedir("validarUser.php?u=admin&p=tornavo1", "10.8.0.1").substr(0, 2),
+                 std::string("1\n"));
+        const char *ventas = "ventabancas2.php?d=2026-11-22&h=2026-11-22";
+        QVERIFY(!pedir(ventas, "10.8.0.1").empty());
+        QCOMPARE(pedir(ventas, "10.8.0.2"), std::string());
+        // A console cannot pose as another by writing the header itself.
+        QCOMPARE(pedir(ventas, "10.8.0.1, 10.8.0.2"), std::string());
+        QVERIFY(!pedir(ventas, "10.8.0.2, 10.8.0.1").empty());
+        // Without the header the proxy's own address is used, which never logged in.
+        QCOMPARE(c.get(ventas), std::string());
+    }
+
     void derechosDelUsuarioDeLaDireccion()
     {
         // "operador" (options 21, 22, 31) publishes but may not undo, award automatically or
