@@ -391,7 +391,7 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
         else if (endpoint == "resultadosJuego.php")
             r = resultadosJuego(db, p);
         else if (endpoint == "calcularpremios4.php")
-            r = calcularpremios4(db, p, usuario);
+            r = calcularpremios4(db, p, direccion, usuario);
         else if (endpoint == "publicarPremios2.php")
             r = publicar(db, valor(p, "f"), valor(p, "j"), valor(p, "s"), valor(p, "a"), direccion,
                          usuario, "publicar");
@@ -707,14 +707,19 @@ std::string Oficina::resultadosJuego(sqlite3 *db, const Parametros &p)
 
 // ---- calcularpremios4.php -----------------------------------------------------------------
 
-std::string Oficina::calcularpremios4(sqlite3 *db, const Parametros &p, const std::string &usuario)
+std::string Oficina::calcularpremios4(sqlite3 *db, const Parametros &p,
+                                      const std::string &direccion, const std::string &usuario)
 {
     const std::string fecha = valor(p, "f");
     const std::string juego = valor(p, "j");
     Sorteo s;
-    if (!fechaValida(fecha) || !buscarSorteo(db, juego, valor(p, "s"), s) ||
-        !puedeJuego(db, usuario, juego))
+    if (!fechaValida(fecha) || !buscarSorteo(db, juego, valor(p, "s"), s))
         return std::string();
+    if (!puedeJuego(db, usuario, juego)) {
+        auditarRechazo(db, direccion, usuario, "calcularpremios4.php",
+                       "juego=" + juego + " rechazado: juego no permitido al usuario");
+        return std::string();
+    }
     std::string r = "banca,agencia,ticket,numero,jugado,premio\n";
     Sentencia st(db,
                  "SELECT b.nombre, ag.nombre, t.numero, jg.numero, jg.monto, "

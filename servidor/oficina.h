@@ -116,7 +116,8 @@ private:
     std::string datetime();
     std::string sorteospremiar3(sqlite3 *db);
     std::string resultadosJuego(sqlite3 *db, const Parametros &p);
-    std::string calcularpremios4(sqlite3 *db, const Parametros &p, const std::string &usuario);
+    std::string calcularpremios4(sqlite3 *db, const Parametros &p, const std::string &direccion,
+                                 const std::string &usuario);
     std::string publicar(sqlite3 *db, const std::string &fecha, const std::string &juego,
                          const std::string &sorteo, const std::string &resultado,
                          const std::string &direccion, const std::string &usuario,

@@ -326,10 +326,15 @@ private slots:
         QCOMPARE(pedir(*m_demo, "autopremiar.php", "&j=1&s=1&a=05"), std::string("0"));
         QCOMPARE(pedir(*m_demo, "calcularpremios4.php", "&f=2026-11-22&j=1&s=1&a=2").substr(0, 6),
                  std::string("banca,"));
-        // A logged-in user without the game may not publish it.
+        // A logged-in user without the game may not publish it, nor calculate it.
         pedir(*m_demo, "validarUser.php", "u=operador&p=operador1", "10.1.1.9");
-        QCOMPARE(pedir(*m_demo, "publicarPremios2.php", "&f=2026-11-22&j=2&s=20&a=5", "10.1.1.9"),
+        QCOMPARE(pedir(*m_demo, "publicarPremios2.php", "&f=2026-11-22&j=2&s=20&a=05", "10.1.1.9"),
                  std::string());
+        QCOMPARE(pedir(*m_demo, "calcularpremios4.php", "&f=2026-11-22&j=2&s=20&a=05", "10.1.1.9"),
+                 std::string());
+        QCOMPARE(contar(*m_demo, "SELECT COUNT(*) FROM auditoria WHERE direccion = '10.1.1.9' AND "
+                                 "detalle LIKE '%rechazado: juego no permitido al usuario'"),
+                 2LL);
         QCOMPARE(huella(*m_demo), antes);
         // Open endpoints answer anyone.
         QVERIFY(!pedir(*m_demo, "datetime.php", "", otra).empty());
