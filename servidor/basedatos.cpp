@@ -79,6 +79,15 @@ std::string Sentencia::texto(int columna) const
                        static_cast<size_t>(sqlite3_column_bytes(m_st, columna)));
 }
 
+std::string_view Sentencia::vista(int columna) const
+{
+    const unsigned char *t = sqlite3_column_text(m_st, columna);
+    if (!t)
+        return std::string_view();
+    return std::string_view(reinterpret_cast<const char *>(t),
+                            static_cast<size_t>(sqlite3_column_bytes(m_st, columna)));
+}
+
 long long Sentencia::entero(int columna) const
 {
     return sqlite3_column_int64(m_st, columna);

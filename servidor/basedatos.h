@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 // A thin, exception-based layer over the SQLite C API: one prepared statement, one
 // transaction, one connection. Every value of a request reaches SQL through bind(), never
@@ -43,6 +44,8 @@ public:
     void reiniciar();
 
     std::string texto(int columna) const;
+    // The column's text where SQLite keeps it, valid until the next step: no copy.
+    std::string_view vista(int columna) const;
     long long entero(int columna) const;
     double real(int columna) const;
     bool esNulo(int columna) const;

@@ -1,5 +1,6 @@
 // tornavo-servidor: the reference back office over HTTP. The request handling lives in
 // Oficina; this file only reads the options, serves the endpoints and stops on a signal.
+#include "servidor/compresion.h"
 #include "servidor/demo.h"
 #include "servidor/oficina.h"
 
@@ -31,6 +32,12 @@ const char *const ayuda =
     "  --port N        puerto (0 = uno libre; por omision 8080)\n"
     "  --demo          crea la red de demostracion si la base esta vacia\n"
     "  --simular       agrega ventas a los sorteos abiertos de hoy mientras corre\n"
+    "  --inactividad MIN\n"
+    "                  minutos sin actividad que cierran una sesion (por omision 720)\n"
+    "  --tls-cert ARCHIVO, --tls-key ARCHIVO\n"
+    "                  certificado y clave privada (PEM): sirve HTTPS en lugar de HTTP\n"
+    "  --proxy DIR     direccion de un proxy inverso de confianza: de sus pedidos se toma\n"
+    "                  la direccion del cliente de X-Forwarded-For\n"
     "  --ahora \"yyyy-MM-dd hh:mm:ss\"\n"
     "                  hace correr el reloj del servidor desde ese momento (pruebas)\n"
     "  --help          muestra esta ayuda\n";
@@ -67,6 +74,39 @@ bool leerAhora(const std::string &texto)
     return true;
 }
 
+// The server compresses its replies itself (gzip at a fast level, never Brotli, whose level 11
+// in the HTTP library costs far more CPU than the transfer it saves: 12.8 s for a 5.6 MB
+// reply). The library must not compress again: the request's Accept-Encoding is taken away
+// once read. The request object is the server's own, not a constant, so this is sound.
+bool tomarCompresion(const httplib::Request &req)
+{
+    auto &cabeceras = const_cast<httplib::Headers &>(req.headers);
+    bool gzip = false;
+    for (auto it = cabeceras.find("Accept-Encoding");
+         it != cabeceras.end() && it->first == "Accept-Encoding"; ++it)
+        gzip = gzip || servidor::ofreceGzip(it->second);
+    cabeceras.erase("Accept-Encoding");
+    return gzip;
+}
+
+// The address a session belongs to: the peer's, or behind the trusted reverse proxy the
+// client address that proxy appended last to X-Forwarded-For (earlier entries come from the
+// client itself and prove nothing).
+std::string direccionCliente(const httplib::Request &req, const std::string &proxy)
+{
+    if (proxy.empty() || req.remote_addr != proxy || !req.has_header("X-Forwarded-For"))
+        return req.remote_addr;
+    std::string cadena = req.get_header_value("X-Forwarded-For");
+    const size_t coma = cadena.rfind(',');
+    if (coma != std::string::npos)
+        cadena = cadena.substr(coma + 1);
+    const size_t inicio = cadena.find_first_not_of(" \t");
+    const size_t fin = cadena.find_last_not_of(" \t");
+    if (inicio == std::string::npos)
+        return req.remote_addr;
+    return cadena.substr(inicio, fin - inicio + 1);
+}
+
 } // namespace
 
 int main(int argc, char **argv)
@@ -77,6 +117,8 @@ int main(int argc, char **argv)
     bool demo = false;
     bool simular = false;
     bool conReloj = false;
+    long long inactividad = 720;
+    std::string certificado, clavePrivada, proxy;
     for (int i = 1; i < argc; ++i) {
         const std::string a = argv[i];
         auto siguiente = [&](std::string &destino) {
@@ -103,6 +145,21 @@ int main(int argc, char **argv)
                 return 2;
             }
             puerto = static_cast<int>(p);
+        } else if (a == "--inactividad") {
+            siguiente(v);
+            char *fin = nullptr;
+            const long long m = std::strtoll(v.c_str(), &fin, 10);
+            if (v.empty() || *fin != '\0' || m <= 0 || m > 525600) {
+                std::cerr << "Minutos de inactividad no validos: " << v << "\n";
+                return 2;
+            }
+            inactividad = m;
+        } else if (a == "--proxy") {
+            siguiente(proxy);
+        } else if (a == "--tls-cert") {
+            siguiente(certificado);
+        } else if (a == "--tls-key") {
+            siguiente(clavePrivada);
         } else if (a == "--demo") {
             demo = true;
         } else if (a == "--simular") {
@@ -128,33 +185,70 @@ int main(int argc, char **argv)
     sigaddset(&senales, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &senales, nullptr);
 
+    if (certificado.empty() != clavePrivada.empty()) {
+        std::cerr << "--tls-cert y --tls-key van juntas\n";
+        return 2;
+    }
+
     std::unique_ptr<servidor::Oficina> oficina;
+    bool demoCreada = false;
     try {
         oficina = std::make_unique<servidor::Oficina>(rutaDb);
         if (conReloj)
             oficina->fijarReloj(momentoServidor);
-        if (demo && servidor::crearDemo(*oficina, oficina->ahora()))
-            std::cerr << "Red de demostracion creada en " << rutaDb << "\n";
+        oficina->fijarInactividad(inactividad * 60);
+        if (demo)
+            demoCreada = servidor::crearDemo(*oficina, oficina->ahora());
     } catch (const std::exception &e) {
         std::cerr << "No se pudo abrir la base de datos: " << e.what() << "\n";
         return 1;
     }
 
-    httplib::Server http;
+    std::unique_ptr<httplib::Server> servidorHttp;
+    if (!certificado.empty()) {
+        auto seguro =
+            std::make_unique<httplib::SSLServer>(certificado.c_str(), clavePrivada.c_str());
+        if (!seguro->is_valid()) {
+            std::cerr << "No se pudo usar el certificado " << certificado << " con la clave "
+                      << clavePrivada << "\n";
+            return 1;
+        }
+        servidorHttp = std::move(seguro);
+    } else {
+        servidorHttp = std::make_unique<httplib::Server>();
+    }
+    httplib::Server &http = *servidorHttp;
     http.set_keep_alive_timeout(1);
-    http.Get(R"(/Tornavo/TornavoSU/([^/]+))",
-             [&](const httplib::Request &req, httplib::Response &res) {
-                 const std::string endpoint = req.matches[1];
-                 if (!servidor::Oficina::existeEndpoint(endpoint)) {
-                     res.status = 404;
-                     return;
-                 }
-                 const size_t q = req.target.find('?');
-                 const std::string consulta =
-                     q == std::string::npos ? std::string() : req.target.substr(q + 1);
-                 res.set_content(oficina->atenderConsulta(endpoint, consulta, req.remote_addr),
-                                 "text/plain; charset=ISO-8859-1");
-             });
+    // A reply goes out at once, not after the client's delayed acknowledgement.
+    http.set_tcp_nodelay(true);
+    // Every console keeps a connection open for its clock: enough workers that slow reports
+    // and password checks never leave a clock request waiting for one.
+    http.new_task_queue = [] {
+        return new httplib::ThreadPool(64);
+    };
+    http.Get(
+        R"(/Tornavo/TornavoSU/([^/]+))", [&](const httplib::Request &req, httplib::Response &res) {
+            const std::string endpoint = req.matches[1];
+            if (!servidor::Oficina::existeEndpoint(endpoint)) {
+                res.status = 404;
+                return;
+            }
+            const bool gzip = tomarCompresion(req);
+            const size_t q = req.target.find('?');
+            const std::string consulta =
+                q == std::string::npos ? std::string() : req.target.substr(q + 1);
+            // The reply is moved into the response, never copied: a large sales list
+            // costs its size once.
+            res.body = oficina->atenderConsulta(endpoint, consulta, direccionCliente(req, proxy));
+            res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
+            if (gzip && res.body.size() >= servidor::minimoParaComprimir) {
+                std::string comprimida;
+                if (servidor::comprimirGzip(res.body, comprimida)) {
+                    res.body.swap(comprimida);
+                    res.set_header("Content-Encoding", "gzip");
+                }
+            }
+        });
 
     int elegido = puerto;
     if (puerto == 0) {
@@ -169,7 +263,10 @@ int main(int argc, char **argv)
     }
 
     const std::string anfitrion = direccion == "0.0.0.0" ? "127.0.0.1" : direccion;
-    std::cout << "http://" << anfitrion << ":" << elegido << "/Tornavo/TornavoSU/" << std::endl;
+    std::cout << (certificado.empty() ? "http://" : "https://") << anfitrion << ":" << elegido
+              << "/Tornavo/TornavoSU/" << std::endl;
+    if (demoCreada)
+        std::cerr << "Red de demostracion creada en " << rutaDb << "\n";
 
     std::mutex mutexFin;
     std::condition_variable fin;

@@ -5,10 +5,15 @@
 
 #include <sodium.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <cstring>
 #include <ctime>
 #include <set>
 #include <sstream>
+#include <thread>
+#include <unordered_map>
 
 namespace servidor {
 
@@ -16,18 +21,27 @@ namespace {
 
 // Longest text kept in an audit row, so that a huge query cannot bloat the log.
 constexpr size_t maximoAuditoria = 200;
+// Refusal rows written per address and minute, and in all per minute.
+constexpr int rechazosPorDireccion = 10;
+constexpr int rechazosEnTotal = 300;
+// Password checks at once (each takes 64 MiB and most of a core).
+constexpr int hashesSimultaneos = 2;
+// Longest user name and password looked at; longer ones are refused without hashing.
+constexpr size_t maximoCredencial = 256;
 
 std::string recortar(const std::string &texto)
 {
     return texto.size() <= maximoAuditoria ? texto : texto.substr(0, maximoAuditoria) + "...";
 }
 
-// A whole reply line: only line breaks are taken out (lists keep their commas).
+// A whole reply line: only line breaks and control characters are taken out (lists keep
+// their commas).
 std::string campoLinea(const std::string &texto)
 {
     std::string salida = texto;
     for (char &c : salida) {
-        if (c == '\n' || c == '\r')
+        const unsigned char u = static_cast<unsigned char>(c);
+        if (u < 0x20 || u == 0x7F)
             c = ' ';
     }
     return salida;
@@ -81,9 +95,15 @@ std::set<std::string> listaComoConjunto(const std::string &lista)
     return conjunto;
 }
 
-const char *const endpointsConSesion[] = {
-    "calcularpremios4.php", "publicarPremios2.php", "deshacerpremios.php", "autopremiar.php",
-    "monitorventas.php",    "ventabancas2.php",     "reportex.php"};
+// Endpoints that need a session, with the option code their user must hold ("root": only a
+// user whose first option is "root").
+const struct {
+    const char *endpoint;
+    const char *opcion;
+} endpointsConSesion[] = {{"calcularpremios4.php", "22"}, {"publicarPremios2.php", "22"},
+                          {"deshacerpremios.php", "23"},  {"autopremiar.php", "24"},
+                          {"monitorventas.php", "21"},    {"reportex.php", "31"},
+                          {"ventabancas2.php", "root"}};
 
 const char *const endpointsLibres[] = {
     "validarUser.php",     "datetime.php",          "sorteospremiar3.php",  "resultadosJuego.php",
@@ -96,11 +116,12 @@ struct Sorteo {
     long long juegoId = 0;
     std::string tipo;
     std::string hora;
+    int cifras = 3;
 };
 
 bool buscarSorteo(sqlite3 *db, const std::string &juego, const std::string &sorteo, Sorteo &s)
 {
-    Sentencia st(db, "SELECT s.id, j.id, j.tipo, s.hora FROM sorteos s "
+    Sentencia st(db, "SELECT s.id, j.id, j.tipo, s.hora, j.cifras FROM sorteos s "
                      "JOIN juegos j ON j.id = s.juego_id WHERE j.clave = ?1 AND s.clave = ?2");
     st.bind(1, juego).bind(2, sorteo);
     if (!st.paso())
@@ -109,29 +130,46 @@ bool buscarSorteo(sqlite3 *db, const std::string &juego, const std::string &sort
     s.juegoId = st.entero(1);
     s.tipo = st.texto(2);
     s.hora = st.texto(3);
+    s.cifras = static_cast<int>(st.entero(4));
     return true;
 }
 
-// A result a game can have: one of its animal numbers; three digits for a number game; any
-// short text without separators for a no-name game.
+bool soloCifras(const std::string &texto)
+{
+    return !texto.empty() &&
+           std::all_of(texto.begin(), texto.end(), [](char c) { return c >= '0' && c <= '9'; });
+}
+
+// A result (or a number played) a game can have: one of its animal numbers for an animal
+// game; otherwise exactly the game's count of digits. Nothing else ever reaches the
+// database: no control character, no separator, no blank.
 bool resultadoValido(sqlite3 *db, const Sorteo &s, const std::string &resultado)
 {
-    if (resultado.empty() || resultado.size() > 16 || campo(resultado) != resultado)
+    if (resultado.empty() || resultado.size() > 16)
         return false;
     if (s.tipo == "A") {
         Sentencia st(db, "SELECT 1 FROM animales WHERE juego_id = ?1 AND numero = ?2");
         st.bind(1, s.juegoId).bind(2, resultado);
         return st.paso();
     }
-    if (s.tipo == "N") {
-        if (resultado.size() != 3)
-            return false;
-        for (const char c : resultado) {
-            if (c < '0' || c > '9')
-                return false;
-        }
-    }
-    return true;
+    return resultado.size() == static_cast<size_t>(s.cifras) && soloCifras(resultado);
+}
+
+long long segundosDe(const Momento &m)
+{
+    if (!fechaValida(m.fecha))
+        return 0;
+    std::tm t = tmDeFecha(m.fecha, m.hora);
+    t.tm_isdst = 0;
+    return static_cast<long long>(timegm(&t));
+}
+
+std::vector<long long> &podar(std::vector<long long> &fallos, long long ahora)
+{
+    fallos.erase(std::remove_if(fallos.begin(), fallos.end(),
+                                [ahora](long long t) { return t <= ahora - 60 || t > ahora; }),
+                 fallos.end());
+    return fallos;
 }
 
 } // namespace
@@ -148,36 +186,96 @@ Momento momentoLocal()
     return {fecha, hora};
 }
 
-Oficina::Oficina(const std::string &rutaBaseDatos) : m_reloj(momentoLocal)
+// A connection lent for one request and given back to the pool afterwards.
+class Oficina::Prestamo {
+public:
+    explicit Prestamo(Oficina &o) : m_oficina(o), m_db(o.tomarConexion()) {}
+    ~Prestamo() { m_oficina.devolverConexion(m_db); }
+    Prestamo(const Prestamo &) = delete;
+    Prestamo &operator=(const Prestamo &) = delete;
+    sqlite3 *db() const { return m_db; }
+
+private:
+    Oficina &m_oficina;
+    sqlite3 *m_db;
+};
+
+Oficina::Oficina(const std::string &rutaBaseDatos) : m_ruta(rutaBaseDatos), m_reloj(momentoLocal)
 {
     if (sodium_init() < 0)
         throw ErrorBaseDatos("libsodium no pudo iniciarse");
-    const int rc = sqlite3_open_v2(
-        rutaBaseDatos.c_str(), &m_db,
-        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_FULLMUTEX, nullptr);
-    if (rc != SQLITE_OK) {
-        const std::string mensaje = m_db ? sqlite3_errmsg(m_db) : "sqlite3_open";
-        sqlite3_close(m_db);
-        m_db = nullptr;
-        throw ErrorBaseDatos(rutaBaseDatos + ": " + mensaje, rc);
-    }
+    sqlite3 *db = tomarConexion();
     try {
-        prepararEsquema(m_db);
+        prepararEsquema(db);
     } catch (...) {
-        sqlite3_close(m_db);
-        m_db = nullptr;
+        devolverConexion(db);
+        for (sqlite3 *c : m_todas)
+            sqlite3_close_v2(c);
         throw;
     }
+    devolverConexion(db);
+    char hash[crypto_pwhash_STRBYTES];
+    unsigned char azar[16];
+    randombytes_buf(azar, sizeof azar);
+    if (crypto_pwhash_str(hash, reinterpret_cast<const char *>(azar), sizeof azar,
+                          crypto_pwhash_OPSLIMIT_INTERACTIVE,
+                          crypto_pwhash_MEMLIMIT_INTERACTIVE) != 0)
+        throw ErrorBaseDatos("sin memoria para la clave");
+    m_hashFicticio = hash;
 }
 
 Oficina::~Oficina()
 {
-    sqlite3_close_v2(m_db);
+    for (sqlite3 *c : m_todas)
+        sqlite3_close_v2(c);
+}
+
+sqlite3 *Oficina::tomarConexion()
+{
+    {
+        std::lock_guard<std::mutex> candado(m_mutexConexiones);
+        if (!m_libres.empty()) {
+            sqlite3 *db = m_libres.back();
+            m_libres.pop_back();
+            return db;
+        }
+    }
+    // Each request has a connection of its own, so that readers never wait for each other
+    // and WAL lets them read while one writes.
+    sqlite3 *db = nullptr;
+    const int rc =
+        sqlite3_open_v2(m_ruta.c_str(), &db,
+                        SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX, nullptr);
+    if (rc != SQLITE_OK) {
+        const std::string mensaje = db ? sqlite3_errmsg(db) : "sqlite3_open";
+        sqlite3_close(db);
+        throw ErrorBaseDatos(m_ruta + ": " + mensaje, rc);
+    }
+    try {
+        sqlite3_busy_timeout(db, 10000);
+        ejecutarSql(db, "PRAGMA foreign_keys=ON");
+        ejecutarSql(db, "PRAGMA synchronous=NORMAL");
+        ejecutarSql(db, "PRAGMA cache_size=-16384");
+        // Pages are read through the operating system's cache mapped into memory, shared by
+        // every connection, instead of being copied into each connection's own cache.
+        ejecutarSql(db, "PRAGMA mmap_size=4294967296");
+    } catch (...) {
+        sqlite3_close(db);
+        throw;
+    }
+    std::lock_guard<std::mutex> candado(m_mutexConexiones);
+    m_todas.push_back(db);
+    return db;
+}
+
+void Oficina::devolverConexion(sqlite3 *db)
+{
+    std::lock_guard<std::mutex> candado(m_mutexConexiones);
+    m_libres.push_back(db);
 }
 
 void Oficina::fijarReloj(std::function<Momento()> reloj)
 {
-    std::lock_guard<std::mutex> candado(m_mutex);
     m_reloj = std::move(reloj);
 }
 
@@ -186,17 +284,39 @@ Momento Oficina::ahora() const
     return m_reloj();
 }
 
+long long Oficina::segundosAhora() const
+{
+    return segundosDe(m_reloj());
+}
+
+void Oficina::fijarInactividad(long long segundos)
+{
+    std::lock_guard<std::mutex> candado(m_mutexSesiones);
+    m_inactividad = segundos;
+}
+
+void Oficina::fijarJugadasParaDosHilos(long long jugadas)
+{
+    m_jugadasParaDosHilos = jugadas;
+}
+
+void Oficina::fijarIntentosPorMinuto(int intentos)
+{
+    std::lock_guard<std::mutex> candado(m_mutexIntentos);
+    m_intentosPorMinuto = intentos;
+}
+
 bool Oficina::vacia()
 {
-    std::lock_guard<std::mutex> candado(m_mutex);
-    Sentencia st(m_db, "SELECT (SELECT COUNT(*) FROM usuarios) + (SELECT COUNT(*) FROM juegos)");
+    Prestamo c(*this);
+    Sentencia st(c.db(), "SELECT (SELECT COUNT(*) FROM usuarios) + (SELECT COUNT(*) FROM juegos)");
     return st.paso() && st.entero(0) == 0;
 }
 
 void Oficina::conConexion(const std::function<void(sqlite3 *)> &trabajo)
 {
-    std::lock_guard<std::mutex> candado(m_mutex);
-    trabajo(m_db);
+    Prestamo c(*this);
+    trabajo(c.db());
 }
 
 bool Oficina::existeEndpoint(const std::string &endpoint)
@@ -210,11 +330,26 @@ bool Oficina::existeEndpoint(const std::string &endpoint)
 
 bool Oficina::requiereSesion(const std::string &endpoint)
 {
-    for (const char *e : endpointsConSesion) {
-        if (endpoint == e)
-            return true;
+    return !opcionRequerida(endpoint).empty();
+}
+
+std::string Oficina::opcionRequerida(const std::string &endpoint)
+{
+    for (const auto &e : endpointsConSesion) {
+        if (endpoint == e.endpoint)
+            return e.opcion;
     }
-    return false;
+    return std::string();
+}
+
+bool Oficina::concedeOpcion(const std::string &opciones, const std::string &opcion)
+{
+    const std::vector<std::string> lista = partir(opciones, ',');
+    if (!lista.empty() && lista.front() == "root")
+        return true;
+    if (opcion.empty() || opcion == "root")
+        return false;
+    return std::find(lista.begin(), lista.end(), opcion) != lista.end();
 }
 
 std::string Oficina::atenderConsulta(const std::string &endpoint, const std::string &consulta,
@@ -229,47 +364,64 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
     try {
         if (endpoint == "validarUser.php")
             return utf8ALatin1(validarUser(p, direccion));
-        std::lock_guard<std::mutex> candado(m_mutex);
-        if (requiereSesion(endpoint) && usuarioDeDireccion(direccion).empty())
-            return std::string();
-        std::string r;
+        // The clock needs no database: it never waits for anything.
         if (endpoint == "datetime.php")
-            r = datetime();
-        else if (endpoint == "sorteospremiar3.php")
-            r = sorteospremiar3();
+            return utf8ALatin1(datetime());
+        if (!existeEndpoint(endpoint))
+            return std::string();
+        Prestamo c(*this);
+        sqlite3 *db = c.db();
+        std::string usuario;
+        const std::string opcion = opcionRequerida(endpoint);
+        if (!opcion.empty()) {
+            usuario = tocarSesion(direccion);
+            if (usuario.empty()) {
+                auditarRechazo(db, direccion, "", endpoint, "rechazado: sin sesion");
+                return std::string();
+            }
+            if (!concedeOpcion(opcionesDe(db, usuario), opcion)) {
+                auditarRechazo(db, direccion, usuario, endpoint,
+                               "rechazado: sin la opcion " + opcion);
+                return std::string();
+            }
+        }
+        std::string r;
+        if (endpoint == "sorteospremiar3.php")
+            r = sorteospremiar3(db);
         else if (endpoint == "resultadosJuego.php")
-            r = resultadosJuego(p);
+            r = resultadosJuego(db, p);
         else if (endpoint == "calcularpremios4.php")
-            r = calcularpremios4(p, direccion);
+            r = calcularpremios4(db, p, direccion, usuario);
         else if (endpoint == "publicarPremios2.php")
-            r = publicar(valor(p, "f"), valor(p, "j"), valor(p, "s"), valor(p, "a"), direccion,
-                         "publicar");
+            r = publicar(db, valor(p, "f"), valor(p, "j"), valor(p, "s"), valor(p, "a"), direccion,
+                         usuario, "publicar");
         else if (endpoint == "deshacerpremios.php")
-            r = deshacerpremios(p, direccion);
+            r = deshacerpremios(db, p, direccion, usuario);
         else if (endpoint == "autopremiar.php")
-            r = publicar(m_reloj().fecha, valor(p, "j"), valor(p, "s"), valor(p, "a"), direccion,
-                         "autopremiar");
+            r = publicar(db, m_reloj().fecha, valor(p, "j"), valor(p, "s"), valor(p, "a"),
+                         direccion, usuario, "autopremiar");
         else if (endpoint == "cargarsorteos.php")
-            r = cargarsorteos();
+            r = cargarsorteos(db);
         else if (endpoint == "cargarresultados.php")
-            r = cargarresultados();
+            r = cargarresultados(db);
         else if (endpoint == "monitorsorteos2.php")
-            r = monitorsorteos2(p);
+            r = monitorsorteos2(db, p);
         else if (endpoint == "bancasactivas.php")
-            r = bancasactivas();
+            r = bancasactivas(db);
         else if (endpoint == "monitoragencias.php")
-            r = monitoragencias();
+            r = monitoragencias(db);
         else if (endpoint == "monitorresultados.php")
-            r = monitorresultados(p);
+            r = monitorresultados(db, p);
         else if (endpoint == "monitorventas.php")
-            r = monitorventas(p);
+            r = monitorventas(db, p);
         else if (endpoint == "ventabancas2.php")
-            r = ventabancas2(p);
+            r = ventabancas2(db, p);
         else if (endpoint == "reportex.php")
-            r = reportex(p);
+            r = reportex(db, p);
         else if (endpoint == "sorteospendientes.php")
-            r = sorteospendientes(p);
-        return utf8ALatin1(r);
+            r = sorteospendientes(db, p);
+        utf8ALatin1EnSitio(r);
+        return r;
     } catch (const std::exception &) {
         // A failing database or a malformed value never brings the server down: the console
         // sees an empty reply ("no answer").
@@ -279,16 +431,41 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
 
 // ---- session and audit ------------------------------------------------------------------
 
-std::string Oficina::usuarioDeDireccion(const std::string &direccion)
+std::string Oficina::usuarioDeSesion(const std::string &direccion)
 {
-    Sentencia st(m_db, "SELECT usuario FROM sesiones WHERE direccion = ?1");
-    st.bind(1, direccion);
+    const long long ahora = segundosAhora();
+    std::lock_guard<std::mutex> candado(m_mutexSesiones);
+    const auto it = m_sesiones.find(direccion);
+    if (it == m_sesiones.end() || ahora - it->second.ultimo >= m_inactividad)
+        return std::string();
+    return it->second.usuario;
+}
+
+std::string Oficina::tocarSesion(const std::string &direccion)
+{
+    const long long ahora = segundosAhora();
+    std::lock_guard<std::mutex> candado(m_mutexSesiones);
+    const auto it = m_sesiones.find(direccion);
+    if (it == m_sesiones.end())
+        return std::string();
+    if (ahora - it->second.ultimo >= m_inactividad) {
+        m_sesiones.erase(it);
+        return std::string();
+    }
+    it->second.ultimo = std::max(it->second.ultimo, ahora);
+    return it->second.usuario;
+}
+
+std::string Oficina::opcionesDe(sqlite3 *db, const std::string &usuario)
+{
+    Sentencia st(db, "SELECT opciones FROM usuarios WHERE usuario = ?1");
+    st.bind(1, usuario);
     return st.paso() ? st.texto(0) : std::string();
 }
 
-bool Oficina::puedeJuego(const std::string &usuario, const std::string &claveJuego)
+bool Oficina::puedeJuego(sqlite3 *db, const std::string &usuario, const std::string &claveJuego)
 {
-    Sentencia st(m_db, "SELECT juegos FROM usuarios WHERE usuario = ?1");
+    Sentencia st(db, "SELECT juegos FROM usuarios WHERE usuario = ?1");
     st.bind(1, usuario);
     if (!st.paso())
         return false;
@@ -302,18 +479,55 @@ bool Oficina::puedeJuego(const std::string &usuario, const std::string &claveJue
     return false;
 }
 
-void Oficina::auditar(const std::string &direccion, const std::string &usuario,
+void Oficina::auditar(sqlite3 *db, const std::string &direccion, const std::string &usuario,
                       const std::string &accion, const std::string &detalle)
 {
     const Momento m = m_reloj();
-    Sentencia st(m_db, "INSERT INTO auditoria(momento, direccion, usuario, accion, detalle) "
-                       "VALUES(?1, ?2, ?3, ?4, ?5)");
+    Sentencia st(db, "INSERT INTO auditoria(momento, direccion, usuario, accion, detalle) "
+                     "VALUES(?1, ?2, ?3, ?4, ?5)");
     st.bind(1, m.fecha + " " + m.hora)
-        .bind(2, recortar(direccion))
-        .bind(3, recortar(usuario))
-        .bind(4, accion)
-        .bind(5, recortar(detalle));
+        .bind(2, campoLinea(recortar(direccion)))
+        .bind(3, campoLinea(recortar(usuario)))
+        .bind(4, campoLinea(recortar(accion)))
+        .bind(5, campoLinea(recortar(detalle)));
     st.ejecutar();
+}
+
+void Oficina::auditarRechazo(sqlite3 *db, const std::string &direccion, const std::string &usuario,
+                             const std::string &accion, const std::string &detalle)
+{
+    const long long minuto = segundosAhora() / 60;
+    long long omitidas = 0;
+    {
+        std::lock_guard<std::mutex> candado(m_mutexIntentos);
+        if (m_limitesAuditoria.size() > 10000) {
+            for (auto it = m_limitesAuditoria.begin(); it != m_limitesAuditoria.end();)
+                it = it->second.ventana != minuto && it->second.omitidas == 0
+                         ? m_limitesAuditoria.erase(it)
+                         : std::next(it);
+        }
+        Limitador &l = m_limitesAuditoria[recortar(direccion)];
+        if (l.ventana != minuto) {
+            l.ventana = minuto;
+            l.escritas = 0;
+        }
+        if (m_limiteGlobal.ventana != minuto) {
+            m_limiteGlobal.ventana = minuto;
+            m_limiteGlobal.escritas = 0;
+        }
+        if (l.escritas >= rechazosPorDireccion || m_limiteGlobal.escritas >= rechazosEnTotal) {
+            ++l.omitidas;
+            return;
+        }
+        ++l.escritas;
+        ++m_limiteGlobal.escritas;
+        omitidas = l.omitidas;
+        l.omitidas = 0;
+    }
+    auditar(db, direccion, usuario, accion,
+            omitidas ? detalle + " (y " + std::to_string(omitidas) +
+                           " rechazos anteriores sin registrar)"
+                     : detalle);
 }
 
 void Oficina::crearUsuario(const std::string &usuario, const std::string &clave,
@@ -325,10 +539,10 @@ void Oficina::crearUsuario(const std::string &usuario, const std::string &clave,
     if (crypto_pwhash_str(hash, clave.data(), clave.size(), crypto_pwhash_OPSLIMIT_INTERACTIVE,
                           crypto_pwhash_MEMLIMIT_INTERACTIVE) != 0)
         throw ErrorBaseDatos("sin memoria para la clave");
-    std::lock_guard<std::mutex> candado(m_mutex);
-    Sentencia st(m_db, "INSERT INTO usuarios(usuario, clave_hash, nombre, acceso, opciones, "
-                       "juegos, bancas, superbanca, juegos_reporte) "
-                       "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
+    Prestamo c(*this);
+    Sentencia st(c.db(), "INSERT INTO usuarios(usuario, clave_hash, nombre, acceso, opciones, "
+                         "juegos, bancas, superbanca, juegos_reporte) "
+                         "VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8, ?9)");
     st.bind(1, usuario)
         .bind(2, std::string(hash))
         .bind(3, nombre)
@@ -347,12 +561,38 @@ std::string Oficina::validarUser(const Parametros &p, const std::string &direcci
 {
     const std::string usuario = valor(p, "u");
     const std::string clave = valor(p, "p");
+    const long long ahora = segundosAhora();
+    const std::string claveUsuario = recortar(usuario);
+
+    // Too many failures from this address or for this user within the last minute: refused at
+    // once, without looking at the password.
+    bool frenado = usuario.size() > maximoCredencial || clave.size() > maximoCredencial;
+    {
+        std::lock_guard<std::mutex> candado(m_mutexIntentos);
+        for (auto *mapa : {&m_fallosDireccion, &m_fallosUsuario}) {
+            if (mapa->size() > 10000) {
+                for (auto it = mapa->begin(); it != mapa->end();)
+                    it = podar(it->second, ahora).empty() ? mapa->erase(it) : std::next(it);
+            }
+        }
+        if (static_cast<int>(podar(m_fallosDireccion[direccion], ahora).size()) >=
+                m_intentosPorMinuto ||
+            static_cast<int>(podar(m_fallosUsuario[claveUsuario], ahora).size()) >=
+                m_intentosPorMinuto)
+            frenado = true;
+    }
+    if (frenado) {
+        Prestamo c(*this);
+        auditarRechazo(c.db(), direccion, usuario, "login", "rechazado: demasiados intentos");
+        return "0\n";
+    }
+
     std::string hash;
     std::vector<std::string> lineas;
     {
-        std::lock_guard<std::mutex> candado(m_mutex);
-        Sentencia st(m_db, "SELECT clave_hash, nombre, acceso, opciones, juegos, bancas, "
-                           "superbanca, juegos_reporte FROM usuarios WHERE usuario = ?1");
+        Prestamo c(*this);
+        Sentencia st(c.db(), "SELECT clave_hash, nombre, acceso, opciones, juegos, bancas, "
+                             "superbanca, juegos_reporte FROM usuarios WHERE usuario = ?1");
         st.bind(1, usuario);
         if (st.paso()) {
             hash = st.texto(0);
@@ -360,21 +600,47 @@ std::string Oficina::validarUser(const Parametros &p, const std::string &direcci
                 lineas.push_back(st.texto(i));
         }
     }
-    // The slow hash check runs without the lock, so a login never stalls other requests.
-    const bool correcto = !hash.empty() && clave.size() < 4096 &&
-                          crypto_pwhash_str_verify(hash.c_str(), clave.data(), clave.size()) == 0;
-    std::lock_guard<std::mutex> candado(m_mutex);
+    // An unknown user is checked against a hash of the same cost, so that the time of the
+    // answer does not tell which names exist. Checks run outside every other lock.
+    const bool existe = !hash.empty();
+    {
+        std::unique_lock<std::mutex> candado(m_mutexHash);
+        m_hashLibre.wait(candado, [this] { return m_hashEnCurso < hashesSimultaneos; });
+        ++m_hashEnCurso;
+    }
+    const bool coincide = crypto_pwhash_str_verify(existe ? hash.c_str() : m_hashFicticio.c_str(),
+                                                   clave.data(), clave.size()) == 0;
+    {
+        std::lock_guard<std::mutex> candado(m_mutexHash);
+        --m_hashEnCurso;
+    }
+    m_hashLibre.notify_one();
+    const bool correcto = existe && coincide;
+
+    Prestamo c(*this);
     if (!correcto) {
-        auditar(direccion, usuario, "login", "rechazado");
+        {
+            std::lock_guard<std::mutex> candado(m_mutexIntentos);
+            m_fallosDireccion[direccion].push_back(ahora);
+            m_fallosUsuario[claveUsuario].push_back(ahora);
+        }
+        auditarRechazo(c.db(), direccion, usuario, "login", "rechazado");
         return "0\n";
     }
-    const Momento m = m_reloj();
-    Sentencia st(m_db, "INSERT INTO sesiones(direccion, usuario, momento) VALUES(?1, ?2, ?3) "
-                       "ON CONFLICT(direccion) DO UPDATE SET usuario = excluded.usuario, "
-                       "momento = excluded.momento");
-    st.bind(1, direccion).bind(2, usuario).bind(3, m.fecha + " " + m.hora);
-    st.ejecutar();
-    auditar(direccion, usuario, "login", "aceptado");
+    {
+        std::lock_guard<std::mutex> candado(m_mutexSesiones);
+        if (m_sesiones.size() > 10000) {
+            for (auto it = m_sesiones.begin(); it != m_sesiones.end();)
+                it = ahora - it->second.ultimo >= m_inactividad ? m_sesiones.erase(it)
+                                                                : std::next(it);
+        }
+        m_sesiones[direccion] = Sesion{usuario, ahora};
+    }
+    {
+        std::lock_guard<std::mutex> candado(m_mutexIntentos);
+        m_fallosDireccion.erase(direccion);
+    }
+    auditar(c.db(), direccion, usuario, "login", "aceptado");
     std::string r = "1\n";
     for (const std::string &l : lineas)
         r += campoLinea(l) + "\n";
@@ -398,25 +664,26 @@ std::string Oficina::datetime()
 
 // ---- sorteospremiar3.php ------------------------------------------------------------------
 
-std::string Oficina::sorteospremiar3()
+std::string Oficina::sorteospremiar3(sqlite3 *db)
 {
     std::string r;
     {
-        Sentencia st(m_db, "SELECT j.clave, j.nombre, j.sin_nombres, j.tipo, "
-                           "(SELECT group_concat(numero, ',') FROM "
-                           "  (SELECT numero FROM animales WHERE juego_id = j.id ORDER BY orden)), "
-                           "(SELECT group_concat(nombre, ',') FROM "
-                           "  (SELECT nombre FROM animales WHERE juego_id = j.id ORDER BY orden)) "
-                           "FROM juegos j WHERE j.activo = 1 ORDER BY j.id");
+        Sentencia st(db, "SELECT j.clave, j.nombre, j.sin_nombres, j.tipo, "
+                         "(SELECT group_concat(numero, ',') FROM "
+                         "  (SELECT numero FROM animales WHERE juego_id = j.id ORDER BY orden)), "
+                         "(SELECT group_concat(nombre, ',') FROM "
+                         "  (SELECT nombre FROM animales WHERE juego_id = j.id ORDER BY orden)) "
+                         "FROM juegos j WHERE j.activo = 1 ORDER BY j.id");
         while (st.paso()) {
-            r += campo(st.texto(0)) + ";" + campo(st.texto(1)) + ";" + st.texto(2) + ";" +
-                 st.texto(4) + ";" + st.texto(5) + ";" + st.texto(3) + "\n";
+            r += campo(st.texto(0)) + ";" + campo(st.texto(1)) + ";" + campo(st.texto(2)) + ";" +
+                 campoLinea(st.texto(4)) + ";" + campoLinea(st.texto(5)) + ";" +
+                 campo(st.texto(3)) + "\n";
         }
     }
     r += "_FIN_\n";
-    Sentencia st(m_db, "SELECT j.clave, s.clave, s.etiqueta FROM sorteos s "
-                       "JOIN juegos j ON j.id = s.juego_id "
-                       "WHERE j.activo = 1 AND s.activo = 1 ORDER BY j.id, s.hora, s.id");
+    Sentencia st(db, "SELECT j.clave, s.clave, s.etiqueta FROM sorteos s "
+                     "JOIN juegos j ON j.id = s.juego_id "
+                     "WHERE j.activo = 1 AND s.activo = 1 ORDER BY j.id, s.hora, s.id");
     while (st.paso())
         r += campo(st.texto(0)) + ";" + campo(st.texto(1)) + ";" + campo(st.texto(2)) + "\n";
     return r;
@@ -424,15 +691,15 @@ std::string Oficina::sorteospremiar3()
 
 // ---- resultadosJuego.php ------------------------------------------------------------------
 
-std::string Oficina::resultadosJuego(const Parametros &p)
+std::string Oficina::resultadosJuego(sqlite3 *db, const Parametros &p)
 {
-    Sentencia st(m_db, "SELECT s.clave, r.resultado FROM resultados r "
-                       "JOIN sorteos s ON s.id = r.sorteo_id JOIN juegos j ON j.id = s.juego_id "
-                       "WHERE j.clave = ?1 AND r.fecha = ?2 ORDER BY s.hora, s.id");
+    Sentencia st(db, "SELECT s.clave, r.resultado FROM resultados r "
+                     "JOIN sorteos s ON s.id = r.sorteo_id JOIN juegos j ON j.id = s.juego_id "
+                     "WHERE j.clave = ?1 AND r.fecha = ?2 ORDER BY s.hora, s.id");
     st.bind(1, valor(p, "j")).bind(2, valor(p, "f"));
     std::string r;
     while (st.paso())
-        r += campo(st.texto(0)) + "," + st.texto(1) + "\n";
+        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "\n";
     // A game with no result yet is an answer too: a lone line break, which the console skips,
     // so that it is not taken for a server that did not answer.
     return r.empty() ? std::string("\n") : r;
@@ -440,16 +707,21 @@ std::string Oficina::resultadosJuego(const Parametros &p)
 
 // ---- calcularpremios4.php -----------------------------------------------------------------
 
-std::string Oficina::calcularpremios4(const Parametros &p, const std::string &direccion)
+std::string Oficina::calcularpremios4(sqlite3 *db, const Parametros &p,
+                                      const std::string &direccion, const std::string &usuario)
 {
     const std::string fecha = valor(p, "f");
     const std::string juego = valor(p, "j");
     Sorteo s;
-    if (!fechaValida(fecha) || !buscarSorteo(m_db, juego, valor(p, "s"), s) ||
-        !puedeJuego(usuarioDeDireccion(direccion), juego))
+    if (!fechaValida(fecha) || !buscarSorteo(db, juego, valor(p, "s"), s))
         return std::string();
+    if (!puedeJuego(db, usuario, juego)) {
+        auditarRechazo(db, direccion, usuario, "calcularpremios4.php",
+                       "juego=" + juego + " rechazado: juego no permitido al usuario");
+        return std::string();
+    }
     std::string r = "banca,agencia,ticket,numero,jugado,premio\n";
-    Sentencia st(m_db,
+    Sentencia st(db,
                  "SELECT b.nombre, ag.nombre, t.numero, jg.numero, jg.monto, "
                  "(jg.monto * so.dividendo * 2 + so.divisor) / (2 * so.divisor) "
                  "FROM jugadas jg JOIN sorteos so ON so.id = jg.sorteo_id "
@@ -462,54 +734,68 @@ std::string Oficina::calcularpremios4(const Parametros &p, const std::string &di
                  "ORDER BY b.codigo, je.codigo, ag.codigo, tq.codigo, t.numero, jg.id");
     st.bind(1, s.id).bind(2, fecha).bind(3, valor(p, "a"));
     while (st.paso()) {
-        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + st.texto(2) + "," + st.texto(3) +
-             "," + montoTexto(st.entero(4)) + "," + montoTexto(st.entero(5)) + "\n";
+        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + st.texto(2) + "," +
+             campo(st.texto(3)) + "," + montoTexto(st.entero(4)) + "," + montoTexto(st.entero(5)) +
+             "\n";
     }
     return r;
 }
 
 // ---- publicarPremios2.php and autopremiar.php ---------------------------------------------
 
-std::string Oficina::publicar(const std::string &fecha, const std::string &juego,
+std::string Oficina::publicar(sqlite3 *db, const std::string &fecha, const std::string &juego,
                               const std::string &sorteo, const std::string &resultado,
-                              const std::string &direccion, const char *accion)
+                              const std::string &direccion, const std::string &usuario,
+                              const char *accion)
 {
-    const std::string usuario = usuarioDeDireccion(direccion);
     const Momento m = m_reloj();
-    Sorteo s;
-    if (!fechaValida(fecha) || fecha > m.fecha || !buscarSorteo(m_db, juego, sorteo, s) ||
-        !resultadoValido(m_db, s, resultado) || !puedeJuego(usuario, juego))
-        return std::string();
     const std::string detalle =
         "fecha=" + fecha + " juego=" + juego + " sorteo=" + sorteo + " resultado=" + resultado;
+    auto rechazar = [&](const std::string &motivo) {
+        auditarRechazo(db, direccion, usuario, accion, detalle + " rechazado: " + motivo);
+        return std::string();
+    };
+    Sorteo s;
+    if (!fechaValida(fecha))
+        return rechazar("fecha no valida");
+    if (fecha > m.fecha)
+        return rechazar("fecha futura");
+    if (!buscarSorteo(db, juego, sorteo, s))
+        return rechazar("sorteo desconocido");
+    if (!puedeJuego(db, usuario, juego))
+        return rechazar("juego no permitido al usuario");
+    if (fecha == m.fecha && s.hora > m.hora)
+        return rechazar("el sorteo de las " + s.hora + " aun no llega");
+    if (!resultadoValido(db, s, resultado))
+        return rechazar("resultado no valido para el juego");
     try {
         // The write lock is taken at BEGIN, so of two publishes of one draw exactly one sees
         // "no result yet"; the unique key (sorteo, fecha) backs this up across processes.
-        Transaccion t(m_db);
+        Transaccion t(db);
         {
-            Sentencia ya(m_db, "SELECT 1 FROM resultados WHERE sorteo_id = ?1 AND fecha = ?2");
+            Sentencia ya(db, "SELECT 1 FROM resultados WHERE sorteo_id = ?1 AND fecha = ?2");
             ya.bind(1, s.id).bind(2, fecha);
             if (ya.paso()) {
-                auditar(direccion, usuario, accion, detalle + " rechazado: ya publicado");
+                auditar(db, direccion, usuario, accion, detalle + " rechazado: ya publicado");
                 t.confirmar();
                 return "0";
             }
         }
-        Sentencia ins(m_db, "INSERT INTO resultados(sorteo_id, fecha, resultado, hora, usuario) "
-                            "VALUES(?1, ?2, ?3, ?4, ?5)");
+        Sentencia ins(db, "INSERT INTO resultados(sorteo_id, fecha, resultado, hora, usuario) "
+                          "VALUES(?1, ?2, ?3, ?4, ?5)");
         ins.bind(1, s.id).bind(2, fecha).bind(3, resultado).bind(4, m.hora).bind(5, usuario);
         ins.ejecutar();
-        const long long resultadoId = sqlite3_last_insert_rowid(m_db);
+        const long long resultadoId = sqlite3_last_insert_rowid(db);
         Sentencia premios(
-            m_db, "INSERT INTO premios(resultado_id, jugada_id, monto) "
-                  "SELECT ?1, jg.id, (jg.monto * so.dividendo * 2 + so.divisor) / "
-                  "(2 * so.divisor) FROM jugadas jg JOIN sorteos so ON so.id = jg.sorteo_id "
-                  "WHERE jg.sorteo_id = ?2 AND jg.fecha = ?3 AND jg.numero = ?4 "
-                  "AND jg.eliminada = 0");
+            db, "INSERT INTO premios(resultado_id, jugada_id, monto) "
+                "SELECT ?1, jg.id, (jg.monto * so.dividendo * 2 + so.divisor) / "
+                "(2 * so.divisor) FROM jugadas jg JOIN sorteos so ON so.id = jg.sorteo_id "
+                "WHERE jg.sorteo_id = ?2 AND jg.fecha = ?3 AND jg.numero = ?4 "
+                "AND jg.eliminada = 0");
         premios.bind(1, resultadoId).bind(2, s.id).bind(3, fecha).bind(4, resultado);
         premios.ejecutar();
-        const int ganadoras = sqlite3_changes(m_db);
-        auditar(direccion, usuario, accion,
+        const int ganadoras = sqlite3_changes(db);
+        auditar(db, direccion, usuario, accion,
                 detalle + " publicado: " + std::to_string(ganadoras) + " jugadas premiadas");
         t.confirmar();
         return "1";
@@ -522,39 +808,60 @@ std::string Oficina::publicar(const std::string &fecha, const std::string &juego
 
 // ---- deshacerpremios.php ------------------------------------------------------------------
 
-std::string Oficina::deshacerpremios(const Parametros &p, const std::string &direccion)
+std::string Oficina::deshacerpremios(sqlite3 *db, const Parametros &p, const std::string &direccion,
+                                     const std::string &usuario)
 {
     const std::string fecha = valor(p, "f");
     const std::string juego = valor(p, "j");
     const std::string sorteo = valor(p, "s");
-    const std::string usuario = usuarioDeDireccion(direccion);
-    Sorteo s;
-    if (!fechaValida(fecha) || !buscarSorteo(m_db, juego, sorteo, s) || !puedeJuego(usuario, juego))
-        return std::string();
     const std::string detalle = "fecha=" + fecha + " juego=" + juego + " sorteo=" + sorteo;
-    Transaccion t(m_db);
+    Sorteo s;
+    if (!fechaValida(fecha) || !buscarSorteo(db, juego, sorteo, s)) {
+        auditarRechazo(db, direccion, usuario, "deshacer", detalle + " rechazado: no valido");
+        return std::string();
+    }
+    if (!puedeJuego(db, usuario, juego)) {
+        auditarRechazo(db, direccion, usuario, "deshacer",
+                       detalle + " rechazado: juego no permitido al usuario");
+        return std::string();
+    }
+    Transaccion t(db);
     long long resultadoId = 0;
     std::string resultado;
     {
-        Sentencia st(m_db,
+        Sentencia st(db,
                      "SELECT id, resultado FROM resultados WHERE sorteo_id = ?1 AND fecha = ?2");
         st.bind(1, s.id).bind(2, fecha);
         if (!st.paso()) {
-            auditar(direccion, usuario, "deshacer", detalle + " rechazado: sin resultado");
+            auditar(db, direccion, usuario, "deshacer", detalle + " rechazado: sin resultado");
             t.confirmar();
             return "0";
         }
         resultadoId = st.entero(0);
         resultado = st.texto(1);
     }
-    Sentencia borrarPremios(m_db, "DELETE FROM premios WHERE resultado_id = ?1");
+    {
+        // A prize already paid out cannot be taken back by withdrawing the result.
+        Sentencia pagados(db, "SELECT COUNT(*) FROM premios p JOIN jugadas j ON j.id = "
+                              "p.jugada_id WHERE p.resultado_id = ?1 AND j.pagada = 1");
+        pagados.bind(1, resultadoId);
+        const long long n = pagados.paso() ? pagados.entero(0) : 0;
+        if (n > 0) {
+            auditar(db, direccion, usuario, "deshacer",
+                    detalle + " resultado=" + resultado + " rechazado: " + std::to_string(n) +
+                        " premios ya pagados");
+            t.confirmar();
+            return "0";
+        }
+    }
+    Sentencia borrarPremios(db, "DELETE FROM premios WHERE resultado_id = ?1");
     borrarPremios.bind(1, resultadoId);
     borrarPremios.ejecutar();
-    const int premios = sqlite3_changes(m_db);
-    Sentencia borrar(m_db, "DELETE FROM resultados WHERE id = ?1");
+    const int premios = sqlite3_changes(db);
+    Sentencia borrar(db, "DELETE FROM resultados WHERE id = ?1");
     borrar.bind(1, resultadoId);
     borrar.ejecutar();
-    auditar(direccion, usuario, "deshacer",
+    auditar(db, direccion, usuario, "deshacer",
             detalle + " resultado=" + resultado + " deshecho: " + std::to_string(premios) +
                 " premios retirados");
     t.confirmar();
@@ -563,12 +870,12 @@ std::string Oficina::deshacerpremios(const Parametros &p, const std::string &dir
 
 // ---- cargarsorteos.php and cargarresultados.php -------------------------------------------
 
-std::string Oficina::cargarsorteos()
+std::string Oficina::cargarsorteos(sqlite3 *db)
 {
-    Sentencia st(m_db, "SELECT j.clave, j.nombre, s.clave, s.etiqueta, s.hora, s.divisor, "
-                       "s.dividendo, j.automatico, j.script FROM sorteos s "
-                       "JOIN juegos j ON j.id = s.juego_id "
-                       "WHERE j.activo = 1 AND s.activo = 1 ORDER BY s.hora, j.id, s.id");
+    Sentencia st(db, "SELECT j.clave, j.nombre, s.clave, s.etiqueta, s.hora, s.divisor, "
+                     "s.dividendo, j.automatico, j.script FROM sorteos s "
+                     "JOIN juegos j ON j.id = s.juego_id "
+                     "WHERE j.activo = 1 AND s.activo = 1 ORDER BY s.hora, j.id, s.id");
     std::string r;
     while (st.paso()) {
         r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + campo(st.texto(2)) + "," +
@@ -578,48 +885,46 @@ std::string Oficina::cargarsorteos()
     return r;
 }
 
-std::string Oficina::cargarresultados()
+std::string Oficina::cargarresultados(sqlite3 *db)
 {
-    Sentencia st(m_db,
-                 "SELECT j.clave, j.nombre, j.sin_nombres, s.clave, s.etiqueta, r.resultado, "
-                 "CASE WHEN j.tipo = 'A' AND j.sin_nombres = '' THEN COALESCE((SELECT a.nombre "
-                 "FROM animales a WHERE a.juego_id = j.id AND a.numero = r.resultado), '') "
-                 "ELSE '' END, r.hora "
-                 "FROM resultados r JOIN sorteos s ON s.id = r.sorteo_id "
-                 "JOIN juegos j ON j.id = s.juego_id WHERE r.fecha = ?1 ORDER BY s.hora, j.id");
+    Sentencia st(db, "SELECT j.clave, j.nombre, j.sin_nombres, s.clave, s.etiqueta, r.resultado, "
+                     "CASE WHEN j.tipo = 'A' AND j.sin_nombres = '' THEN COALESCE((SELECT a.nombre "
+                     "FROM animales a WHERE a.juego_id = j.id AND a.numero = r.resultado), '') "
+                     "ELSE '' END, r.hora "
+                     "FROM resultados r JOIN sorteos s ON s.id = r.sorteo_id "
+                     "JOIN juegos j ON j.id = s.juego_id WHERE r.fecha = ?1 ORDER BY s.hora, j.id");
     st.bind(1, m_reloj().fecha);
     std::string r;
     while (st.paso()) {
         r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + st.texto(2) + "," +
-             campo(st.texto(3)) + "," + campo(st.texto(4)) + "," + st.texto(5) + "," +
-             campo(st.texto(6)) + "," + st.texto(7) + "\n";
+             campo(st.texto(3)) + "," + campo(st.texto(4)) + "," + campo(st.texto(5)) + "," +
+             campo(st.texto(6)) + "," + campo(st.texto(7)) + "\n";
     }
     return r;
 }
 
 // ---- monitor ------------------------------------------------------------------------------
 
-std::string Oficina::monitorsorteos2(const Parametros &p)
+std::string Oficina::monitorsorteos2(sqlite3 *db, const Parametros &p)
 {
     const std::string usuario = valor(p, "u");
     {
-        Sentencia st(m_db, "SELECT 1 FROM usuarios WHERE usuario = ?1");
+        Sentencia st(db, "SELECT 1 FROM usuarios WHERE usuario = ?1");
         st.bind(1, usuario);
         if (!st.paso())
             return std::string();
     }
-    Sentencia st(m_db,
-                 "SELECT j.clave, s.clave, j.nombre, s.hora, s.activo, s.divisor, s.dividendo, "
-                 "(SELECT group_concat(numero, ',') FROM "
-                 "  (SELECT numero FROM animales WHERE juego_id = j.id ORDER BY orden)), "
-                 "(SELECT group_concat(nombre, ',') FROM "
-                 "  (SELECT nombre FROM animales WHERE juego_id = j.id ORDER BY orden)), "
-                 "s.etiqueta FROM sorteos s JOIN juegos j ON j.id = s.juego_id "
-                 "WHERE j.activo = 1 ORDER BY j.id, s.hora, s.id");
+    Sentencia st(db, "SELECT j.clave, s.clave, j.nombre, s.hora, s.activo, s.divisor, s.dividendo, "
+                     "(SELECT group_concat(numero, ',') FROM "
+                     "  (SELECT numero FROM animales WHERE juego_id = j.id ORDER BY orden)), "
+                     "(SELECT group_concat(nombre, ',') FROM "
+                     "  (SELECT nombre FROM animales WHERE juego_id = j.id ORDER BY orden)), "
+                     "s.etiqueta FROM sorteos s JOIN juegos j ON j.id = s.juego_id "
+                     "WHERE j.activo = 1 ORDER BY j.id, s.hora, s.id");
     std::string r;
     while (st.paso()) {
         const std::string juego = st.texto(0);
-        if (!puedeJuego(usuario, juego))
+        if (!puedeJuego(db, usuario, juego))
             continue;
         r += codigoMonitor(juego, st.texto(1)) + ";" + campo(st.texto(2)) + " " +
              horaCorta(st.texto(3)) + ";" + (st.entero(4) ? "1" : "0") + ";" +
@@ -629,26 +934,26 @@ std::string Oficina::monitorsorteos2(const Parametros &p)
     return r;
 }
 
-std::string Oficina::bancasactivas()
+std::string Oficina::bancasactivas(sqlite3 *db)
 {
-    Sentencia st(m_db, "SELECT codigo, nombre FROM bancas WHERE activa = 1 ORDER BY codigo");
+    Sentencia st(db, "SELECT codigo, nombre FROM bancas WHERE activa = 1 ORDER BY codigo");
     std::string r;
     while (st.paso())
         r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "\n";
     return r;
 }
 
-std::string Oficina::monitoragencias()
+std::string Oficina::monitoragencias(sqlite3 *db)
 {
-    Sentencia st(m_db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo, ag.nombre, "
-                       "j.clave || '-' || s.clave || ':', ca.porcentaje "
-                       "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
-                       "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
-                       "JOIN comisiones_agencia ca ON ca.agencia_id = ag.id "
-                       "JOIN juegos j ON j.id = ca.juego_id "
-                       "JOIN sorteos s ON s.juego_id = j.id "
-                       "WHERE j.activo = 1 "
-                       "ORDER BY b.codigo, je.codigo, ag.codigo, tq.codigo, j.id, s.hora, s.id");
+    Sentencia st(db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo, ag.nombre, "
+                     "j.clave || '-' || s.clave || ':', ca.porcentaje "
+                     "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
+                     "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
+                     "JOIN comisiones_agencia ca ON ca.agencia_id = ag.id "
+                     "JOIN juegos j ON j.id = ca.juego_id "
+                     "JOIN sorteos s ON s.juego_id = j.id "
+                     "WHERE j.activo = 1 "
+                     "ORDER BY b.codigo, je.codigo, ag.codigo, tq.codigo, j.id, s.hora, s.id");
     std::string r;
     r.reserve(1 << 20);
     while (st.paso()) {
@@ -659,81 +964,280 @@ std::string Oficina::monitoragencias()
     return r;
 }
 
-std::string Oficina::monitorresultados(const Parametros &p)
+std::string Oficina::monitorresultados(sqlite3 *db, const Parametros &p)
 {
-    Sentencia st(m_db, "SELECT j.clave || '-' || s.clave || ':', s.clave, r.resultado "
-                       "FROM resultados r JOIN sorteos s ON s.id = r.sorteo_id "
-                       "JOIN juegos j ON j.id = s.juego_id WHERE r.fecha = ?1 "
-                       "ORDER BY j.id, s.hora, s.id");
+    Sentencia st(db, "SELECT j.clave || '-' || s.clave || ':', s.clave, r.resultado "
+                     "FROM resultados r JOIN sorteos s ON s.id = r.sorteo_id "
+                     "JOIN juegos j ON j.id = s.juego_id WHERE r.fecha = ?1 "
+                     "ORDER BY j.id, s.hora, s.id");
     st.bind(1, valor(p, "f"));
     std::string r = "cjuego,csorteo,resultado\n";
     while (st.paso())
-        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + st.texto(2) + "\n";
+        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + campo(st.texto(2)) + "\n";
     return r;
 }
 
-std::string Oficina::monitorventas(const Parametros &p)
+namespace {
+
+// The monitor's lines of one draw and date for the plays sold from `desde` (included) to
+// `hasta` (excluded), appended to `r`.
+void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
+                    const std::string &desde, const std::string &hasta,
+                    const std::unordered_map<long long, long long> &premios, std::string &r)
 {
-    // The monitor's game code names the game and the draw together: "<game key>-<draw key>".
-    Sentencia st(m_db,
-                 "SELECT b.codigo, jg.hora, je.codigo, ag.codigo, tq.codigo, t.numero, t.serial, "
-                 "jg.numero, jg.monto, pr.monto, jg.eliminada, jg.pagada "
-                 "FROM sorteos s JOIN juegos j ON j.id = s.juego_id "
-                 "JOIN jugadas jg ON jg.sorteo_id = s.id AND jg.fecha = ?1 "
-                 "JOIN tickets t ON t.id = jg.ticket_id "
-                 "JOIN taquillas tq ON tq.id = t.taquilla_id "
-                 "JOIN agencias ag ON ag.id = tq.agencia_id JOIN jefes je ON je.id = ag.jefe_id "
-                 "JOIN bancas b ON b.id = je.banca_id "
-                 "LEFT JOIN premios pr ON pr.jugada_id = jg.id "
-                 "WHERE j.clave || '-' || s.clave || ':' = ?2 ORDER BY jg.hora, t.id, jg.id");
-    st.bind(1, valor(p, "f")).bind(2, valor(p, "j"));
-    std::string r;
+    // The codes of each ticket office, read once per office seen: a play only names its
+    // office.
+    std::unordered_map<long long, std::string> oficinas;
+    Sentencia codigos(db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo "
+                          "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
+                          "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
+                          "WHERE tq.id = ?1");
+    auto codigosDe = [&](long long taquilla) -> const std::string & {
+        auto it = oficinas.find(taquilla);
+        if (it != oficinas.end())
+            return it->second;
+        codigos.reiniciar();
+        codigos.bind(1, taquilla);
+        std::string c = "\x01,,,";
+        if (codigos.paso())
+            c = campo(codigos.texto(0)) + "\x01" + campo(codigos.texto(1)) + "," +
+                campo(codigos.texto(2)) + "," + campo(codigos.texto(3)) + ",";
+        return oficinas.emplace(taquilla, std::move(c)).first->second;
+    };
+    // The plays from the index alone; their ticket (office, number, serial) is read once per
+    // ticket, since a ticket's plays come one after the other.
+    Sentencia st(db, "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
+                     "FROM jugadas INDEXED BY jugadas_sorteo_hora "
+                     "WHERE sorteo_id = ?1 AND fecha = ?2 AND hora >= ?3 AND hora < ?4 "
+                     "ORDER BY hora, ticket_id, id");
+    st.bind(1, sorteoId).bind(2, fecha).bind(3, desde).bind(4, hasta);
+    Sentencia ticket(db, "SELECT taquilla_id, numero, serial FROM tickets WHERE id = ?1");
+    long long ultimoTicket = -1;
+    long long ultimaOficina = -1;
+    std::string banca, resto, deTicket;
     while (st.paso()) {
-        r += campo(st.texto(0)) + "," + st.texto(1) + "," + campo(st.texto(2)) + "," +
-             campo(st.texto(3)) + "," + campo(st.texto(4)) + "," + st.texto(5) + "," +
-             campo(st.texto(6)) + "," + st.texto(7) + "," + montoTexto(st.entero(8)) + "," +
-             (st.esNulo(9) ? std::string("0") : montoTexto(st.entero(9))) + "," +
-             (st.entero(10) ? "E" : "") + "," + (st.entero(11) ? "X" : "") + "\n";
+        const long long ticketId = st.entero(1);
+        if (ticketId != ultimoTicket) {
+            ultimoTicket = ticketId;
+            ticket.reiniciar();
+            ticket.bind(1, ticketId);
+            long long oficina = 0;
+            deTicket.clear();
+            if (ticket.paso()) {
+                oficina = ticket.entero(0);
+                char numero[24];
+                const auto fin =
+                    std::to_chars(numero, numero + sizeof numero, ticket.entero(1)).ptr;
+                deTicket.append(numero, fin);
+                deTicket += ',';
+                agregarCampo(deTicket, ticket.vista(2));
+            } else {
+                deTicket = ",";
+            }
+            if (oficina != ultimaOficina) {
+                const std::string &c = codigosDe(oficina);
+                const size_t corte = c.find('\x01');
+                banca = c.substr(0, corte);
+                resto = c.substr(corte + 1);
+                ultimaOficina = oficina;
+            }
+        }
+        // Appended field by field from SQLite's own buffers: a million lines, no temporaries.
+        r += banca;
+        r += ',';
+        agregarCampo(r, st.vista(0));
+        r += ',';
+        r += resto;
+        r += deTicket;
+        r += ',';
+        agregarCampo(r, st.vista(2));
+        r += ',';
+        agregarMonto(r, st.entero(3));
+        r += ',';
+        const auto premio = premios.empty() ? premios.end() : premios.find(st.entero(4));
+        if (premio == premios.end())
+            r += '0';
+        else
+            agregarMonto(r, premio->second);
+        r += st.entero(5) ? ",E," : ",,";
+        r += st.entero(6) ? "X\n" : "\n";
     }
+}
+
+} // namespace
+
+std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
+{
+    // The monitor's game code names the game and the draw together: "<game key>-<draw key>:".
+    // The draw is found first among the few draws, so that its plays come straight from the
+    // index (draw, date, time of sale) in the order of the reply, without sorting.
+    const std::string fecha = valor(p, "f");
+    long long sorteoId = 0;
+    {
+        Sentencia st(db, "SELECT s.id FROM sorteos s JOIN juegos j ON j.id = s.juego_id "
+                         "WHERE j.clave || '-' || s.clave || ':' = ?1");
+        st.bind(1, valor(p, "j"));
+        if (!st.paso())
+            return std::string();
+        sorteoId = st.entero(0);
+    }
+    long long total = 0;
+    {
+        Sentencia st(db, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = ?1 AND fecha = ?2");
+        st.bind(1, sorteoId).bind(2, fecha);
+        if (st.paso())
+            total = st.entero(0);
+    }
+    // The prizes of the draw's result that day, if it has one: a few winners, looked up by
+    // play in memory instead of once per play in the database.
+    std::unordered_map<long long, long long> premios;
+    {
+        Sentencia st(db, "SELECT p.jugada_id, p.monto FROM resultados r "
+                         "JOIN premios p ON p.resultado_id = r.id "
+                         "WHERE r.sorteo_id = ?1 AND r.fecha = ?2");
+        st.bind(1, sorteoId).bind(2, fecha);
+        while (st.paso())
+            premios[st.entero(0)] = st.entero(1);
+    }
+    std::string r;
+    r.reserve(static_cast<size_t>(total) * 72 + 64);
+    // Times of sale are "hh:mm:ss": "" comes before all of them and "~" after.
+    const std::string antes = "", despues = "~";
+    if (total < m_jugadasParaDosHilos) {
+        lineasDeVentas(db, sorteoId, fecha, antes, despues, premios, r);
+        return r;
+    }
+    // A large draw is read in two halves by time of sale, the later half on a second
+    // connection in a second thread, so that both cores work on it.
+    std::string mitad;
+    {
+        Sentencia st(db, "SELECT hora FROM jugadas INDEXED BY jugadas_sorteo_hora "
+                         "WHERE sorteo_id = ?1 AND fecha = ?2 ORDER BY hora, ticket_id, id "
+                         "LIMIT 1 OFFSET ?3");
+        st.bind(1, sorteoId).bind(2, fecha).bind(3, total / 2);
+        mitad = st.paso() ? st.texto(0) : despues;
+    }
+    std::string segunda;
+    bool fallo = false;
+    std::thread otra([&] {
+        try {
+            Prestamo conexion(*this);
+            segunda.reserve(static_cast<size_t>(total) * 40);
+            lineasDeVentas(conexion.db(), sorteoId, fecha, mitad, despues, premios, segunda);
+        } catch (const std::exception &) {
+            fallo = true;
+        }
+    });
+    try {
+        lineasDeVentas(db, sorteoId, fecha, antes, mitad, premios, r);
+    } catch (...) {
+        otra.join();
+        throw;
+    }
+    otra.join();
+    if (fallo)
+        throw ErrorBaseDatos("monitorventas: la segunda mitad fallo");
+    r += segunda;
     return r;
 }
 
 // ---- reports ------------------------------------------------------------------------------
 
-std::string Oficina::ventabancas2(const Parametros &p)
+namespace {
+
+// The summary rows of a date range, added up per key in memory: the small tables (offices,
+// agencies, bancas, commissions) are read whole, so each of the many summary rows costs one
+// hash lookup instead of a chain of joins.
+struct Suma {
+    long long ventas = 0;
+    long long premios = 0;
+    double comision = 0; // Σ cents × percentage
+    std::string ultima;  // "yyyy-MM-dd hh:mm:ss" of the last sale
+};
+
+} // namespace
+
+std::string Oficina::ventabancas2(sqlite3 *db, const Parametros &p)
 {
     const std::string desde = valor(p, "d");
     const std::string hasta = valor(p, "h");
     if (!fechaValida(desde) || !fechaValida(hasta))
         return std::string();
-    Sentencia st(m_db,
-                 "SELECT b.codigo, b.nombre, b.codigo || je.codigo || ag.codigo, ag.nombre, "
-                 "je.nombre, SUM(jg.monto), SUM(COALESCE(pr.monto, 0)), "
-                 "SUM(jg.monto * COALESCE(ca.porcentaje, 0)), MAX(jg.fecha || ' ' || jg.hora) "
-                 "FROM jugadas jg JOIN tickets t ON t.id = jg.ticket_id "
-                 "JOIN taquillas tq ON tq.id = t.taquilla_id "
-                 "JOIN agencias ag ON ag.id = tq.agencia_id JOIN jefes je ON je.id = ag.jefe_id "
-                 "JOIN bancas b ON b.id = je.banca_id JOIN sorteos s ON s.id = jg.sorteo_id "
-                 "LEFT JOIN premios pr ON pr.jugada_id = jg.id "
-                 "LEFT JOIN comisiones_agencia ca ON ca.agencia_id = ag.id "
-                 "AND ca.juego_id = s.juego_id "
-                 "WHERE jg.fecha BETWEEN ?1 AND ?2 AND jg.eliminada = 0 "
-                 "GROUP BY ag.id ORDER BY b.codigo, je.codigo, ag.codigo");
+    struct Agencia {
+        std::string orden; // banca, group chief and agency codes, for the order of the lines
+        std::string linea; // the five first fields
+        Suma suma;
+    };
+    std::unordered_map<long long, Agencia> agencias;
+    {
+        Sentencia st(db, "SELECT ag.id, b.codigo, b.nombre, je.codigo, ag.codigo, ag.nombre, "
+                         "je.nombre FROM agencias ag JOIN jefes je ON je.id = ag.jefe_id "
+                         "JOIN bancas b ON b.id = je.banca_id");
+        while (st.paso()) {
+            Agencia &a = agencias[st.entero(0)];
+            a.orden = st.texto(1) + '\x01' + st.texto(3) + '\x01' + st.texto(4);
+            a.linea = campo(st.texto(1)) + "," + campo(st.texto(2)) + "," +
+                      campo(st.texto(1) + st.texto(3) + st.texto(4)) + "," + campo(st.texto(5)) +
+                      "," + campo(st.texto(6));
+        }
+    }
+    // Ticket office → (its agency, the agency's id).
+    std::unordered_map<long long, std::pair<Agencia *, long long>> deTaquilla;
+    {
+        Sentencia st(db, "SELECT id, agencia_id FROM taquillas");
+        while (st.paso()) {
+            const auto it = agencias.find(st.entero(1));
+            if (it != agencias.end())
+                deTaquilla[st.entero(0)] = {&it->second, st.entero(1)};
+        }
+    }
+    std::map<std::pair<long long, long long>, double> porcentajes;
+    {
+        Sentencia st(db, "SELECT agencia_id, juego_id, porcentaje FROM comisiones_agencia");
+        while (st.paso())
+            porcentajes[{st.entero(0), st.entero(1)}] = st.real(2);
+    }
+    // Commission: Σ amount × the agency's percentage for the play's game.
+    Sentencia st(db, "SELECT taquilla_id, juego_id, ventas, premios, fecha, ultima "
+                     "FROM ventas_resumen WHERE fecha BETWEEN ?1 AND ?2");
     st.bind(1, desde).bind(2, hasta);
-    std::string r;
     while (st.paso()) {
-        const long long comision = std::llround(st.real(7) / 100.0);
-        const std::string ultima = st.texto(8);
-        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + campo(st.texto(2)) + "," +
-             campo(st.texto(3)) + "," + campo(st.texto(4)) + "," + montoTexto(st.entero(5)) + "," +
-             montoTexto(st.entero(6)) + "," + montoTexto(comision) + "," +
-             (ultima.size() >= 19 ? ultima.substr(11, 8) : std::string()) + "\n";
+        const long long taquilla = st.entero(0);
+        const auto a = deTaquilla.find(taquilla);
+        if (a == deTaquilla.end())
+            continue;
+        Suma &s = a->second.first->suma;
+        const long long ventas = st.entero(2);
+        s.ventas += ventas;
+        s.premios += st.entero(3);
+        const auto pct = porcentajes.find({a->second.second, st.entero(1)});
+        if (pct != porcentajes.end())
+            s.comision += static_cast<double>(ventas) * pct->second;
+        if (!st.esNulo(5)) {
+            const std::string momento = st.texto(4) + " " + st.texto(5);
+            if (momento > s.ultima)
+                s.ultima = momento;
+        }
+    }
+    std::vector<const Agencia *> conVentas;
+    for (const auto &a : agencias)
+        if (a.second.suma.ventas > 0)
+            conVentas.push_back(&a.second);
+    std::sort(conVentas.begin(), conVentas.end(),
+              [](const Agencia *x, const Agencia *y) { return x->orden < y->orden; });
+    std::string r;
+    for (const Agencia *a : conVentas) {
+        const long long comision = std::llround(a->suma.comision / 100.0);
+        r += a->linea + "," + montoTexto(a->suma.ventas) + "," + montoTexto(a->suma.premios) + "," +
+             montoTexto(comision) + "," +
+             (a->suma.ultima.size() >= 19 ? campo(a->suma.ultima.substr(11, 8)) : std::string()) +
+             "\n";
     }
     // A range without sales answers a lone line break: empty tables, not "no answer".
     return r.empty() ? std::string("\n") : r;
 }
 
-std::string Oficina::reportex(const Parametros &p)
+std::string Oficina::reportex(sqlite3 *db, const Parametros &p)
 {
     const std::string superBanca = valor(p, "bx");
     const std::string desde = valor(p, "d");
@@ -747,20 +1251,23 @@ std::string Oficina::reportex(const Parametros &p)
     };
 
     std::string r;
+    std::unordered_map<long long, std::pair<long long, std::string>> juegos; // id → (order, key)
     {
-        Sentencia st(m_db, "SELECT clave, nombre FROM juegos ORDER BY id");
+        Sentencia st(db, "SELECT id, clave, nombre FROM juegos ORDER BY id");
         while (st.paso()) {
-            if (incluido(st.texto(0)))
-                r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "\n";
+            if (!incluido(st.texto(1)))
+                continue;
+            juegos[st.entero(0)] = {st.entero(0), st.texto(1)};
+            r += campo(st.texto(1)) + "," + campo(st.texto(2)) + "\n";
         }
     }
     r += "_FIN_\n";
     {
-        Sentencia st(m_db, "SELECT b.codigo, j.clave, cb.comision, cb.participacion "
-                           "FROM comisiones_banca cb JOIN bancas b ON b.id = cb.banca_id "
-                           "JOIN superbancas sb ON sb.id = b.superbanca_id "
-                           "JOIN juegos j ON j.id = cb.juego_id "
-                           "WHERE sb.codigo = ?1 ORDER BY b.codigo, j.id");
+        Sentencia st(db, "SELECT b.codigo, j.clave, cb.comision, cb.participacion "
+                         "FROM comisiones_banca cb JOIN bancas b ON b.id = cb.banca_id "
+                         "JOIN superbancas sb ON sb.id = b.superbanca_id "
+                         "JOIN juegos j ON j.id = cb.juego_id "
+                         "WHERE sb.codigo = ?1 ORDER BY b.codigo, j.id");
         st.bind(1, superBanca);
         while (st.paso()) {
             if (incluido(st.texto(1)))
@@ -769,42 +1276,66 @@ std::string Oficina::reportex(const Parametros &p)
         }
     }
     r += "_FIN_\n";
-    Sentencia st(m_db, "SELECT b.codigo, b.nombre, j.clave, SUM(jg.monto), "
-                       "SUM(COALESCE(pr.monto, 0)) "
-                       "FROM jugadas jg JOIN sorteos s ON s.id = jg.sorteo_id "
-                       "JOIN juegos j ON j.id = s.juego_id "
-                       "JOIN tickets t ON t.id = jg.ticket_id "
-                       "JOIN taquillas tq ON tq.id = t.taquilla_id "
-                       "JOIN agencias ag ON ag.id = tq.agencia_id "
-                       "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
-                       "JOIN superbancas sb ON sb.id = b.superbanca_id "
-                       "LEFT JOIN premios pr ON pr.jugada_id = jg.id "
-                       "WHERE sb.codigo = ?1 AND jg.fecha BETWEEN ?2 AND ?3 AND jg.eliminada = 0 "
-                       "GROUP BY b.id, j.id ORDER BY b.codigo, j.id");
-    st.bind(1, superBanca).bind(2, desde).bind(3, hasta);
-    while (st.paso()) {
-        if (incluido(st.texto(2)))
-            r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + campo(st.texto(2)) + "," +
-                 montoTexto(st.entero(3)) + "," + montoTexto(st.entero(4)) + "\n";
+    // The bancas of the super-banca, and the banca of each of their ticket offices.
+    struct Banca {
+        std::string codigo, nombre;
+    };
+    std::unordered_map<long long, Banca> bancas;
+    std::unordered_map<long long, long long> bancaDeTaquilla;
+    {
+        Sentencia st(db, "SELECT tq.id, b.id, b.codigo, b.nombre FROM taquillas tq "
+                         "JOIN agencias ag ON ag.id = tq.agencia_id "
+                         "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
+                         "JOIN superbancas sb ON sb.id = b.superbanca_id WHERE sb.codigo = ?1");
+        st.bind(1, superBanca);
+        while (st.paso()) {
+            bancaDeTaquilla[st.entero(0)] = st.entero(1);
+            bancas[st.entero(1)] = {st.texto(2), st.texto(3)};
+        }
     }
+    std::map<std::pair<long long, long long>, Suma> sumas; // (banca, game)
+    Sentencia st(db, "SELECT taquilla_id, juego_id, ventas, premios "
+                     "FROM ventas_resumen WHERE fecha BETWEEN ?1 AND ?2");
+    st.bind(1, desde).bind(2, hasta);
+    while (st.paso()) {
+        const auto b = bancaDeTaquilla.find(st.entero(0));
+        if (b == bancaDeTaquilla.end() || !juegos.count(st.entero(1)))
+            continue;
+        Suma &s = sumas[{b->second, st.entero(1)}];
+        s.ventas += st.entero(2);
+        s.premios += st.entero(3);
+    }
+    std::vector<std::pair<std::pair<std::string, long long>, std::string>> lineas;
+    for (const auto &[clave, s] : sumas) {
+        if (s.ventas <= 0)
+            continue;
+        const Banca &b = bancas[clave.first];
+        lineas.push_back({{b.codigo, juegos[clave.second].first},
+                          campo(b.codigo) + "," + campo(b.nombre) + "," +
+                              campo(juegos[clave.second].second) + "," + montoTexto(s.ventas) +
+                              "," + montoTexto(s.premios) + "\n"});
+    }
+    std::sort(lineas.begin(), lineas.end());
+    for (const auto &l : lineas)
+        r += l.second;
     return r;
 }
 
 // ---- sorteospendientes.php (for the demo result script) -----------------------------------
 
-std::string Oficina::sorteospendientes(const Parametros &p)
+std::string Oficina::sorteospendientes(sqlite3 *db, const Parametros &p)
 {
     const Momento m = m_reloj();
-    Sentencia st(m_db, "SELECT j.clave, s.clave, s.hora FROM sorteos s "
-                       "JOIN juegos j ON j.id = s.juego_id "
-                       "WHERE j.activo = 1 AND s.activo = 1 AND j.automatico = 'X' "
-                       "AND j.script = ?1 AND s.hora <= ?2 AND NOT EXISTS (SELECT 1 FROM "
-                       "resultados r WHERE r.sorteo_id = s.id AND r.fecha = ?3) "
-                       "ORDER BY s.hora, s.id");
+    Sentencia st(db, "SELECT j.clave, s.clave, s.hora FROM sorteos s "
+                     "JOIN juegos j ON j.id = s.juego_id "
+                     "WHERE j.activo = 1 AND s.activo = 1 AND j.automatico = 'X' "
+                     "AND j.script = ?1 AND s.hora <= ?2 AND NOT EXISTS (SELECT 1 FROM "
+                     "resultados r WHERE r.sorteo_id = s.id AND r.fecha = ?3) "
+                     "ORDER BY s.hora, s.id");
     st.bind(1, valor(p, "g")).bind(2, m.hora).bind(3, m.fecha);
     std::string r = m.fecha + "\n";
     while (st.paso())
-        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + st.texto(2) + "\n";
+        r += campo(st.texto(0)) + "," + campo(st.texto(1)) + "," + campo(st.texto(2)) + "\n";
     return r;
 }
 
@@ -816,20 +1347,21 @@ bool Oficina::vender(long long taquillaId, const std::string &claveJuego,
 {
     if (jugadas.empty() || !fechaValida(fecha) || !horaValida(hora))
         return false;
-    std::lock_guard<std::mutex> candado(m_mutex);
+    Prestamo c(*this);
+    sqlite3 *db = c.db();
     try {
-        Transaccion t(m_db);
+        Transaccion t(db);
         Sorteo s;
-        if (!buscarSorteo(m_db, claveJuego, claveSorteo, s))
+        if (!buscarSorteo(db, claveJuego, claveSorteo, s) || hora >= s.hora)
             return false;
         for (const JugadaVenta &j : jugadas) {
-            if (j.centimos <= 0 || !resultadoValido(m_db, s, j.numero))
+            if (j.centimos <= 0 || !resultadoValido(db, s, j.numero))
                 return false;
         }
         long long numero = 1;
         {
-            Sentencia st(m_db, "SELECT COALESCE(MAX(numero), 0) + 1 FROM tickets "
-                               "WHERE taquilla_id = ?1 AND fecha = ?2");
+            Sentencia st(db, "SELECT COALESCE(MAX(numero), 0) + 1 FROM tickets "
+                             "WHERE taquilla_id = ?1 AND fecha = ?2");
             st.bind(1, taquillaId).bind(2, fecha);
             if (st.paso())
                 numero = st.entero(0);
@@ -839,17 +1371,17 @@ bool Oficina::vender(long long taquillaId, const std::string &claveJuego,
         char serial[16];
         std::snprintf(serial, sizeof serial, "%02X%02X%02X%02X", azar[0], azar[1], azar[2],
                       azar[3]);
-        Sentencia ticket(m_db, "INSERT INTO tickets(taquilla_id, fecha, hora, numero, serial) "
-                               "VALUES(?1, ?2, ?3, ?4, ?5)");
+        Sentencia ticket(db, "INSERT INTO tickets(taquilla_id, fecha, hora, numero, serial) "
+                             "VALUES(?1, ?2, ?3, ?4, ?5)");
         ticket.bind(1, taquillaId)
             .bind(2, fecha)
             .bind(3, hora)
             .bind(4, numero)
             .bind(5, std::string(serial));
         ticket.ejecutar();
-        const long long ticketId = sqlite3_last_insert_rowid(m_db);
-        Sentencia jugada(m_db, "INSERT INTO jugadas(ticket_id, sorteo_id, fecha, hora, numero, "
-                               "monto) VALUES(?1, ?2, ?3, ?4, ?5, ?6)");
+        const long long ticketId = sqlite3_last_insert_rowid(db);
+        Sentencia jugada(db, "INSERT INTO jugadas(ticket_id, sorteo_id, fecha, hora, numero, "
+                             "monto) VALUES(?1, ?2, ?3, ?4, ?5, ?6)");
         for (const JugadaVenta &j : jugadas) {
             jugada.reiniciar();
             jugada.bind(1, ticketId).bind(2, s.id).bind(3, fecha).bind(4, hora).bind(5, j.numero);

@@ -4,7 +4,9 @@
 
 #include <sqlite3.h>
 
+#include <condition_variable>
 #include <functional>
+#include <map>
 #include <mutex>
 #include <string>
 #include <utility>
@@ -49,19 +51,37 @@ public:
 
     // True when the endpoint exists.
     static bool existeEndpoint(const std::string &endpoint);
-    // True when the endpoint changes data or reads sales: only logged-in addresses may call it.
+    // True when the endpoint changes data or reads sales: only a logged-in user holding the
+    // endpoint's option (opcionRequerida) may call it.
     static bool requiereSesion(const std::string &endpoint);
+    // Option code a user needs for the endpoint: "22", "23", ...; "root" when only a user
+    // whose first option is "root" may call it; "" when the endpoint is open to anyone.
+    static std::string opcionRequerida(const std::string &endpoint);
+    // True when the option list ("21,22,31", "root") grants `opcion`.
+    static bool concedeOpcion(const std::string &opciones, const std::string &opcion);
 
-    // Clock of the back office (replaceable by tests; defaults to momentoLocal()).
+    // Clock of the back office (replaceable by tests; defaults to momentoLocal()). Set it
+    // before serving requests.
     void fijarReloj(std::function<Momento()> reloj);
     Momento ahora() const;
+
+    // Idle time after which a session ends (default 12 hours).
+    void fijarInactividad(long long segundos);
+    // Failed logins allowed per address and per user within one minute before further
+    // attempts are refused without checking the password (default 5).
+    void fijarIntentosPorMinuto(int intentos);
+
+    // Draws with at least this many plays on a date are read by two threads for the monitor
+    // (default 200,000). Set it before serving requests.
+    void fijarJugadasParaDosHilos(long long jugadas);
 
     // True when the database holds no user and no game yet.
     bool vacia();
 
     // Sells one ticket of the sales point (taquilla) `taquillaId` with `jugadas` on the draw
     // `claveSorteo` of game `claveJuego` for `fecha` at `hora`. Refused (false, nothing stored)
-    // when the draw has a result for that date, is unknown, or a number is not of the game.
+    // when the draw has a result for that date, its time has come (sales close at the draw's
+    // time), it is unknown, or a number is not of the game.
     bool vender(long long taquillaId, const std::string &claveJuego, const std::string &claveSorteo,
                 const std::string &fecha, const std::string &hora,
                 const std::vector<JugadaVenta> &jugadas);
@@ -73,40 +93,91 @@ public:
                       const std::string &juegos, const std::string &bancas,
                       const std::string &superBanca, const std::string &juegosReporte);
 
-    // Runs `trabajo` with the connection while holding the lock (demo data, simulator, tests).
+    // Runs `trabajo` with a connection of its own (demo data, simulator, tests).
     void conConexion(const std::function<void(sqlite3 *)> &trabajo);
 
+    // User of the live session of the address ("" when none or expired). Does not count as
+    // activity.
+    std::string usuarioDeSesion(const std::string &direccion);
+
 private:
+    class Prestamo;
+    struct Sesion {
+        std::string usuario;
+        long long ultimo = 0; // server seconds of the last activity
+    };
+    struct Limitador {
+        long long ventana = 0; // server minute of the window
+        int escritas = 0;
+        long long omitidas = 0;
+    };
+
     std::string validarUser(const Parametros &p, const std::string &direccion);
     std::string datetime();
-    std::string sorteospremiar3();
-    std::string resultadosJuego(const Parametros &p);
-    std::string calcularpremios4(const Parametros &p, const std::string &direccion);
-    std::string publicar(const std::string &fecha, const std::string &juego,
+    std::string sorteospremiar3(sqlite3 *db);
+    std::string resultadosJuego(sqlite3 *db, const Parametros &p);
+    std::string calcularpremios4(sqlite3 *db, const Parametros &p, const std::string &direccion,
+                                 const std::string &usuario);
+    std::string publicar(sqlite3 *db, const std::string &fecha, const std::string &juego,
                          const std::string &sorteo, const std::string &resultado,
-                         const std::string &direccion, const char *accion);
-    std::string deshacerpremios(const Parametros &p, const std::string &direccion);
-    std::string cargarsorteos();
-    std::string cargarresultados();
-    std::string monitorsorteos2(const Parametros &p);
-    std::string bancasactivas();
-    std::string monitoragencias();
-    std::string monitorresultados(const Parametros &p);
-    std::string monitorventas(const Parametros &p);
-    std::string ventabancas2(const Parametros &p);
-    std::string reportex(const Parametros &p);
-    std::string sorteospendientes(const Parametros &p);
+                         const std::string &direccion, const std::string &usuario,
+                         const char *accion);
+    std::string deshacerpremios(sqlite3 *db, const Parametros &p, const std::string &direccion,
+                                const std::string &usuario);
+    std::string cargarsorteos(sqlite3 *db);
+    std::string cargarresultados(sqlite3 *db);
+    std::string monitorsorteos2(sqlite3 *db, const Parametros &p);
+    std::string bancasactivas(sqlite3 *db);
+    std::string monitoragencias(sqlite3 *db);
+    std::string monitorresultados(sqlite3 *db, const Parametros &p);
+    std::string monitorventas(sqlite3 *db, const Parametros &p);
+    std::string ventabancas2(sqlite3 *db, const Parametros &p);
+    std::string reportex(sqlite3 *db, const Parametros &p);
+    std::string sorteospendientes(sqlite3 *db, const Parametros &p);
 
-    // User who last logged in from the address ("" when none).
-    std::string usuarioDeDireccion(const std::string &direccion);
+    // User of the address's live session, which the call keeps alive ("" when none).
+    std::string tocarSesion(const std::string &direccion);
     // True when that user may handle the game (its game list holds the key, or "root").
-    bool puedeJuego(const std::string &usuario, const std::string &claveJuego);
-    void auditar(const std::string &direccion, const std::string &usuario,
+    bool puedeJuego(sqlite3 *db, const std::string &usuario, const std::string &claveJuego);
+    std::string opcionesDe(sqlite3 *db, const std::string &usuario);
+    // Seconds of the server clock (its local time read as if it were UTC: only differences
+    // matter).
+    long long segundosAhora() const;
+    void auditar(sqlite3 *db, const std::string &direccion, const std::string &usuario,
                  const std::string &accion, const std::string &detalle);
+    // A refusal's audit row, at most a few per address and minute (and a bounded number in
+    // all): the rest are counted and the count is written with the next row allowed.
+    void auditarRechazo(sqlite3 *db, const std::string &direccion, const std::string &usuario,
+                        const std::string &accion, const std::string &detalle);
 
-    sqlite3 *m_db = nullptr;
-    std::mutex m_mutex;
+    sqlite3 *tomarConexion();
+    void devolverConexion(sqlite3 *db);
+
+    std::string m_ruta;
+    std::mutex m_mutexConexiones;
+    std::vector<sqlite3 *> m_libres;
+    std::vector<sqlite3 *> m_todas;
+
     std::function<Momento()> m_reloj;
+
+    std::mutex m_mutexSesiones;
+    std::map<std::string, Sesion> m_sesiones;
+    long long m_inactividad = 12 * 3600;
+    long long m_jugadasParaDosHilos = 200000;
+
+    std::mutex m_mutexIntentos;
+    std::map<std::string, std::vector<long long>> m_fallosDireccion;
+    std::map<std::string, std::vector<long long>> m_fallosUsuario;
+    int m_intentosPorMinuto = 5;
+    std::map<std::string, Limitador> m_limitesAuditoria;
+    Limitador m_limiteGlobal;
+    // The password check of an unknown user runs against this hash, so that it costs the
+    // same time as a wrong password.
+    std::string m_hashFicticio;
+    // Password checks running at once are few: each takes much memory and CPU.
+    std::mutex m_mutexHash;
+    std::condition_variable m_hashLibre;
+    int m_hashEnCurso = 0;
 };
 
 } // namespace servidor

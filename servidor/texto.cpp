@@ -1,6 +1,7 @@
 #include "servidor/texto.h"
 
 #include <cmath>
+
 #include <cstdio>
 #include <cstdlib>
 
@@ -97,22 +98,22 @@ std::string latin1AUtf8(const std::string &texto)
     return salida;
 }
 
-std::string utf8ALatin1(const std::string &texto)
+void utf8ALatin1EnSitio(std::string &texto)
 {
-    std::string salida;
-    salida.reserve(texto.size());
+    // Latin-1 never takes more bytes than UTF-8, so the text is rewritten over itself.
+    size_t escrito = 0;
     size_t i = 0;
     const size_t n = texto.size();
     while (i < n) {
         const unsigned char c = static_cast<unsigned char>(texto[i]);
         if (c < 0x80) {
-            salida.push_back(static_cast<char>(c));
+            texto[escrito++] = static_cast<char>(c);
             ++i;
             continue;
         }
         int extra = (c & 0xE0) == 0xC0 ? 1 : (c & 0xF0) == 0xE0 ? 2 : (c & 0xF8) == 0xF0 ? 3 : 0;
         if (extra == 0 || i + extra >= n) {
-            salida.push_back('?');
+            texto[escrito++] = '?';
             ++i;
             continue;
         }
@@ -127,13 +128,20 @@ std::string utf8ALatin1(const std::string &texto)
             punto = (punto << 6) | (s & 0x3F);
         }
         if (!bien) {
-            salida.push_back('?');
+            texto[escrito++] = '?';
             ++i;
             continue;
         }
-        salida.push_back(punto <= 0xFF ? static_cast<char>(punto) : '?');
+        texto[escrito++] = punto <= 0xFF ? static_cast<char>(punto) : '?';
         i += extra + 1;
     }
+    texto.resize(escrito);
+}
+
+std::string utf8ALatin1(const std::string &texto)
+{
+    std::string salida = texto;
+    utf8ALatin1EnSitio(salida);
     return salida;
 }
 
@@ -176,17 +184,58 @@ std::string montoTexto(long long centimos)
 
 std::string porcentajeTexto(double porcentaje)
 {
-    return montoTexto(std::llround(porcentaje * 100.0)); // "." whatever the process locale
+    // Hundredths counted as integers: the decimal point is always ".", whatever the locale of
+    // the process (a Qt program sets the user's, where it may be ",").
+    const long long centesimas = std::llround(porcentaje * 100);
+    const unsigned long long absoluto =
+        centesimas < 0 ? 0ULL - static_cast<unsigned long long>(centesimas) : centesimas;
+    char buffer[48];
+    std::snprintf(buffer, sizeof buffer, "%s%llu.%02llu", centesimas < 0 ? "-" : "", absoluto / 100,
+                  absoluto % 100);
+    return buffer;
 }
 
 std::string campo(const std::string &texto)
 {
     std::string salida = texto;
     for (char &c : salida) {
-        if (c == ',' || c == ';' || c == '\n' || c == '\r')
+        const unsigned char u = static_cast<unsigned char>(c);
+        if (c == ',' || c == ';' || u < 0x20 || u == 0x7F)
             c = ' ';
     }
     return salida;
+}
+
+void agregarCampo(std::string &destino, std::string_view texto)
+{
+    const size_t inicio = destino.size();
+    destino.append(texto.data(), texto.size());
+    for (size_t i = inicio; i < destino.size(); ++i) {
+        const unsigned char u = static_cast<unsigned char>(destino[i]);
+        if (u == ',' || u == ';' || u < 0x20 || u == 0x7F)
+            destino[i] = ' ';
+    }
+}
+
+void agregarMonto(std::string &destino, long long centimos)
+{
+    char b[32];
+    unsigned long long v =
+        centimos < 0 ? 0ULL - static_cast<unsigned long long>(centimos) : centimos;
+    int n = 0;
+    b[n++] = static_cast<char>('0' + v % 10);
+    v /= 10;
+    b[n++] = static_cast<char>('0' + v % 10);
+    v /= 10;
+    b[n++] = '.';
+    do {
+        b[n++] = static_cast<char>('0' + v % 10);
+        v /= 10;
+    } while (v);
+    if (centimos < 0)
+        b[n++] = '-';
+    while (n)
+        destino.push_back(b[--n]);
 }
 
 bool fechaValida(const std::string &fecha)

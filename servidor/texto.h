@@ -3,6 +3,7 @@
 #include <map>
 #include <vector>
 #include <string>
+#include <string_view>
 
 // Text helpers of the back office: query strings, character sets and amounts. No sockets and
 // no database here.
@@ -25,6 +26,8 @@ std::string latin1AUtf8(const std::string &texto);
 
 // UTF-8 to Latin-1 bytes for the replies: characters above U+00FF become "?".
 std::string utf8ALatin1(const std::string &texto);
+// The same, rewriting the text where it stands (a large reply is never copied).
+void utf8ALatin1EnSitio(std::string &texto);
 
 // Amount in cents as a plain decimal with "." and two decimals: 125000 -> "1250.00".
 std::string montoTexto(long long centimos);
@@ -33,8 +36,13 @@ std::string montoTexto(long long centimos);
 std::string porcentajeTexto(double porcentaje);
 
 // A text placed inside a reply field: the separators of the replies ("," ";" and line breaks)
-// are replaced by blanks, so that a name can never shift the fields of a line.
+// and every control character, NUL included, are replaced by blanks, so that a name can never
+// shift the fields of a line nor cut a reply short.
 std::string campo(const std::string &texto);
+// The same, appended to `destino` (no temporary text).
+void agregarCampo(std::string &destino, std::string_view texto);
+// montoTexto(centimos) appended to `destino`.
+void agregarMonto(std::string &destino, long long centimos);
 
 // True for a real calendar date written "yyyy-MM-dd".
 bool fechaValida(const std::string &fecha);

@@ -89,6 +89,15 @@ class TstPremiosReferencia : public QObject {
             [&] { return w<QPushButton>(dlg, "pushButton_publicar")->isEnabled(); }, 10000);
     }
 
+    // The reference server with its demo network, its clock at 14:05 of today: the 14:00 draw
+    // of the first game is the first one waiting for its result.
+    static QStringList demoALas1405()
+    {
+        return {QStringLiteral("--demo"), QStringLiteral("--ahora"),
+                QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd")) +
+                    QStringLiteral(" 14:05:00")};
+    }
+
 public:
     static int correrEscenario(const QString &) { return 2; }
 
@@ -103,7 +112,7 @@ private slots:
 
     void calcularPublicarYDeshacer()
     {
-        ServidorReferencia ref;
+        ServidorReferencia ref(demoALas1405());
         QVERIFY2(ref.iniciado(), qPrintable(ref.salida()));
         DirectorioTrabajo dir;
         dir.apuntarA(ref.direccion());
@@ -204,6 +213,51 @@ private slots:
         QCOMPARE(captura.ultimo().texto, QStringLiteral("Algo salio mal, vuelva a intentarlo"));
         QTest::qWait(50);
         QCOMPARE(celda(b.get(), fila, 1), QStringLiteral("10-Tigre"));
+    }
+
+    // Typed as "5", the number is padded to "05" by the dialog; the server knows the animal by
+    // that number, so it is calculated, published and shown again as "05-León".
+    void cincoEsLeon()
+    {
+        ServidorReferencia ref(demoALas1405());
+        QVERIFY2(ref.iniciado(), qPrintable(ref.salida()));
+        DirectorioTrabajo dir;
+        dir.apuntarA(ref.direccion());
+        QVERIFY(pedir("validarUser.php?u=admin&p=tornavo1").startsWith("1\n"));
+        CapturaMensajes captura;
+
+        auto dlg = abrir();
+        QVERIFY(clicJuego(dlg.get(), 0));
+        auto *tabla = w<QTableWidget>(dlg.get(), "tableWidget_sorteos");
+        const int fila = tabla->currentRow();
+        QVERIFY(fila >= 0);
+        QCOMPARE(celda(dlg.get(), fila, 0), QStringLiteral("02:00 PM"));
+        QCOMPARE(celda(dlg.get(), fila, 1), QString());
+
+        QVERIFY(calcular(dlg.get(), "5"));
+        QVERIFY2(captura.cantidad() == 0, qPrintable(captura.ultimo().texto));
+        QCOMPARE(w<QLineEdit>(dlg.get(), "lineEdit_numero")->text(), QStringLiteral("05"));
+        QCOMPARE(w<QLineEdit>(dlg.get(), "lineEdit_nombre")->text(), QStringLiteral("León"));
+        QCOMPARE(w<QLabel>(dlg.get(), "label_publicar")->text().section(" => ", 1),
+                 QStringLiteral("05-León"));
+        // The winners of "05" the server lists are the plays on "05".
+        auto *calculo = w<QTableWidget>(dlg.get(), "tableWidget_calculo");
+        for (int r = 0; r < calculo->rowCount(); ++r)
+            QCOMPARE(calculo->item(r, 3)->text(), QStringLiteral("05"));
+
+        captura.responder("Publicar");
+        QTest::mouseClick(w<QPushButton>(dlg.get(), "pushButton_publicar"), Qt::LeftButton);
+        QVERIFY(captura.esperar(2, 10000));
+        QCOMPARE(captura.ultimo().titulo, QStringLiteral("Exito"));
+        QCOMPARE(captura.ultimo().texto, QStringLiteral("Se publicó exitosamente el resultado"));
+        QTest::qWait(50);
+        QCOMPARE(celda(dlg.get(), fila, 1), QStringLiteral("05-León"));
+
+        // Reloaded from the server: published as "05-León", and the server holds "05".
+        QVERIFY(clicJuego(dlg.get(), 0));
+        QCOMPARE(celda(dlg.get(), fila, 1), QStringLiteral("05-León"));
+        const QString fecha = QDate::currentDate().toString(QStringLiteral("yyyy-MM-dd"));
+        QVERIFY(pedir("resultadosJuego.php?&f=" + fecha + "&j=1").contains("\n7,05\n"));
     }
 };
 

@@ -2,6 +2,7 @@
 // publish/undo, concurrent publishes, the access rule and hostile query values, on a
 // temporary database with a fixed clock (2026-11-22 14:05:00).
 #include "servidor/basedatos.h"
+#include "servidor/compresion.h"
 #include "servidor/demo.h"
 #include "servidor/oficina.h"
 #include "servidor/texto.h"
@@ -11,6 +12,8 @@
 #include <QElapsedTimer>
 #include <QTemporaryDir>
 #include <QTest>
+
+#include <zlib.h>
 
 #include <atomic>
 #include <memory>
@@ -27,10 +30,20 @@ const char *const ayer = "2026-11-21";
 const char *const aqui = "10.0.0.8";  // the address that logs in
 const char *const otra = "10.0.0.99"; // an address that never logged in
 
+// The tests' clock: today at `horaPrueba`, which a test moves forward to reach a draw's time.
+std::string horaPrueba = "14:05:00";
+
 Momento relojFijo()
 {
-    return {hoy, "14:05:00"};
+    return {hoy, horaPrueba};
 }
+
+// Sets the clock for one test and puts it back afterwards.
+struct HoraDePrueba {
+    explicit HoraDePrueba(const std::string &hora) : anterior(horaPrueba) { horaPrueba = hora; }
+    ~HoraDePrueba() { horaPrueba = anterior; }
+    std::string anterior;
+};
 
 std::vector<std::string> lineas(const std::string &r)
 {
@@ -75,6 +88,42 @@ std::string huella(Oficina &o)
                                  "COALESCE(SUM(eliminada),0) FROM jugadas");
     h += " res=" + textoSql(o, "SELECT group_concat(resultado) FROM resultados");
     return h;
+}
+
+// True when the daily sales summary holds exactly what the plays and prizes say.
+bool resumenCuadra(Oficina &o)
+{
+    const std::string crudo =
+        "SELECT jg.fecha, t.taquilla_id, s.juego_id, SUM(jg.monto), SUM(COALESCE(p.monto, 0)), "
+        "MAX(jg.hora) FROM jugadas jg JOIN tickets t ON t.id = jg.ticket_id "
+        "JOIN sorteos s ON s.id = jg.sorteo_id LEFT JOIN premios p ON p.jugada_id = jg.id "
+        "WHERE jg.eliminada = 0 GROUP BY 1, 2, 3";
+    const std::string resumen = "SELECT fecha, taquilla_id, juego_id, ventas, premios, ultima "
+                                "FROM ventas_resumen WHERE ventas <> 0 OR premios <> 0";
+    return contar(o, "SELECT COUNT(*) FROM (" + crudo + " EXCEPT " + resumen + ")") == 0 &&
+           contar(o, "SELECT COUNT(*) FROM (" + resumen + " EXCEPT " + crudo + ")") == 0;
+}
+
+// "1250.00" -> 125000, whatever the locale (std::stod follows it, and Qt sets the user's).
+long long centimos(const std::string &monto)
+{
+    long long entero = 0, decimales = 0;
+    int cifras = -1;
+    bool negativo = false;
+    for (const char c : monto) {
+        if (c == '-')
+            negativo = true;
+        else if (c == '.')
+            cifras = 0;
+        else if (c >= '0' && c <= '9' && cifras < 0)
+            entero = entero * 10 + (c - '0');
+        else if (c >= '0' && c <= '9' && cifras < 2)
+            decimales = decimales * 10 + (c - '0'), ++cifras;
+    }
+    while (cifras >= 0 && cifras < 2)
+        decimales *= 10, ++cifras;
+    const long long total = entero * 100 + decimales;
+    return negativo ? -total : total;
 }
 
 long long primeraTaquilla(Oficina &o)
@@ -157,12 +206,61 @@ private slots:
         QCOMPARE(montoTexto(125000), std::string("1250.00"));
         QCOMPARE(montoTexto(5), std::string("0.05"));
         QCOMPARE(montoTexto(-250), std::string("-2.50"));
+        QCOMPARE(centimos("1250.00"), 125000LL);
+        QCOMPARE(centimos("-2.5"), -250LL);
+        QCOMPARE(porcentajeTexto(12.5), std::string("12.50"));
+        QCOMPARE(porcentajeTexto(10), std::string("10.00"));
+        QCOMPARE(porcentajeTexto(-0.25), std::string("-0.25"));
         QCOMPARE(campo("a,b;c\nd"), std::string("a b c d"));
+        QCOMPARE(campo(std::string("a\0b\x01\x7F", 5)), std::string("a b  "));
+        for (long long c : {0LL, 5LL, 99LL, 100LL, 125000LL, -250LL, -5LL, 123456789012LL}) {
+            std::string t = "x";
+            agregarMonto(t, c);
+            QCOMPARE(t, "x" + montoTexto(c));
+        }
+        std::string t = "y";
+        agregarCampo(t, std::string_view("a,b;c\n\0", 7));
+        QCOMPARE(t, std::string("ya b c  "));
         QVERIFY(fechaValida("2024-02-29"));
         QVERIFY(!fechaValida("2026-02-29"));
         QVERIFY(!fechaValida("2026-11-22' --"));
         QVERIFY(horaValida("23:59:59"));
         QVERIFY(!horaValida("24:00:00"));
+    }
+
+    void compresion()
+    {
+        std::string texto;
+        for (int i = 0; i < 200000; ++i)
+            texto += "01,09:41:07,02,001,01," + std::to_string(i) + ",C1637FC9,00,25.00,0,,X\n";
+        std::string z;
+        QVERIFY(comprimirGzip(texto, z));
+        QVERIFY(z.size() * 4 < texto.size());
+        QCOMPARE(static_cast<unsigned char>(z[0]), static_cast<unsigned char>(0x1F));
+        QCOMPARE(static_cast<unsigned char>(z[1]), static_cast<unsigned char>(0x8B));
+        // Back again with zlib's gzip reader: the same bytes.
+        z_stream s{};
+        QCOMPARE(inflateInit2(&s, 15 + 16), Z_OK);
+        std::string vuelta(texto.size() + 16, '\0');
+        s.next_in = reinterpret_cast<Bytef *>(&z[0]);
+        s.avail_in = static_cast<uInt>(z.size());
+        s.next_out = reinterpret_cast<Bytef *>(&vuelta[0]);
+        s.avail_out = static_cast<uInt>(vuelta.size());
+        QCOMPARE(inflate(&s, Z_FINISH), Z_STREAM_END);
+        vuelta.resize(s.total_out);
+        inflateEnd(&s);
+        QVERIFY(vuelta == texto);
+        QVERIFY(comprimirGzip("", z));
+        QVERIFY(!z.empty());
+
+        QVERIFY(ofreceGzip("gzip"));
+        QVERIFY(ofreceGzip("gzip, deflate"));
+        QVERIFY(ofreceGzip("deflate, gzip;q=0.5, br"));
+        QVERIFY(ofreceGzip(" GZIP "));
+        QVERIFY(!ofreceGzip("br"));
+        QVERIFY(!ofreceGzip("gzip;q=0"));
+        QVERIFY(!ofreceGzip("identity"));
+        QVERIFY(!ofreceGzip(""));
     }
 
     // ---- login and access ----------------------------------------------------------------
@@ -208,9 +306,9 @@ private slots:
     {
         const std::string consultas[][2] = {
             {"calcularpremios4.php", "&f=2026-11-22&j=1&s=1&a=2"},
-            {"publicarPremios2.php", "&f=2026-11-22&j=1&s=9&a=5"},
-            {"deshacerpremios.php", "&f=2026-11-22&j=1&s=9"},
-            {"autopremiar.php", "&j=1&s=9&a=5"},
+            {"publicarPremios2.php", "&f=2026-11-22&j=1&s=7&a=05"},
+            {"deshacerpremios.php", "&f=2026-11-22&j=1&s=7"},
+            {"autopremiar.php", "&j=1&s=7&a=05"},
             {"monitorventas.php", "&f=2026-11-22&j=1-1:"},
             {"ventabancas2.php", "d=2026-11-21&h=2026-11-22"},
             {"reportex.php", "bx=SB01&j=1,2,3,4&d=2026-11-21&h=2026-11-22"}};
@@ -224,14 +322,19 @@ private slots:
             QCOMPARE(pedir(*m_demo, c[0], c[1], otra), std::string());
         }
         // Undo what the logged-in address just did, so the other tests see the demo data.
-        QCOMPARE(pedir(*m_demo, "deshacerpremios.php", "&f=2026-11-22&j=1&s=9"), std::string("1"));
-        QCOMPARE(pedir(*m_demo, "autopremiar.php", "&j=1&s=1&a=5"), std::string("0"));
+        QCOMPARE(pedir(*m_demo, "deshacerpremios.php", "&f=2026-11-22&j=1&s=7"), std::string("1"));
+        QCOMPARE(pedir(*m_demo, "autopremiar.php", "&j=1&s=1&a=05"), std::string("0"));
         QCOMPARE(pedir(*m_demo, "calcularpremios4.php", "&f=2026-11-22&j=1&s=1&a=2").substr(0, 6),
                  std::string("banca,"));
-        // A logged-in user without the game may not publish it.
+        // A logged-in user without the game may not publish it, nor calculate it.
         pedir(*m_demo, "validarUser.php", "u=operador&p=operador1", "10.1.1.9");
-        QCOMPARE(pedir(*m_demo, "publicarPremios2.php", "&f=2026-11-22&j=2&s=20&a=5", "10.1.1.9"),
+        QCOMPARE(pedir(*m_demo, "publicarPremios2.php", "&f=2026-11-22&j=2&s=20&a=05", "10.1.1.9"),
                  std::string());
+        QCOMPARE(pedir(*m_demo, "calcularpremios4.php", "&f=2026-11-22&j=2&s=20&a=05", "10.1.1.9"),
+                 std::string());
+        QCOMPARE(contar(*m_demo, "SELECT COUNT(*) FROM auditoria WHERE direccion = '10.1.1.9' AND "
+                                 "detalle LIKE '%rechazado: juego no permitido al usuario'"),
+                 2LL);
         QCOMPARE(huella(*m_demo), antes);
         // Open endpoints answer anyone.
         QVERIFY(!pedir(*m_demo, "datetime.php", "", otra).empty());
@@ -423,7 +526,7 @@ private slots:
                 ++premiadas;
                 QCOMPARE(f[7], ganador);
                 // 1/30: the prize is 30 times the amount.
-                QCOMPARE(std::llround(std::stod(f[9]) * 100), std::llround(std::stod(f[8]) * 3000));
+                QCOMPARE(centimos(f[9]), centimos(f[8]) * 30);
             }
             eliminadas += f[10] == "E";
             pagadas += f[11] == "X";
@@ -438,6 +541,15 @@ private slots:
         QCOMPARE(eliminadas, contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 3 "
                                              "AND fecha = '2026-11-22' AND eliminada = 1"));
         QVERIFY(contar(*m_demo, "SELECT COUNT(*) FROM jugadas WHERE eliminada = 1") > 0);
+        // A large draw is read in two halves by two threads: the same bytes as in one.
+        const std::string enUno = pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-3:");
+        const std::string lineasUnHilo =
+            pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-9:");
+        QVERIFY(std::count(enUno.begin(), enUno.end(), '\n') > 50);
+        m_demo->fijarJugadasParaDosHilos(2);
+        QCOMPARE(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-3:"), enUno);
+        QCOMPARE(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-9:"), lineasUnHilo);
+        m_demo->fijarJugadasParaDosHilos(200000);
         QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=13").empty());
         QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1").empty());
     }
@@ -454,10 +566,11 @@ private slots:
             QCOMPARE(f[2].substr(0, 2), f[0]);
             QCOMPARE(f[2].size(), size_t(7));
             QVERIFY(horaValida(f[8]));
-            bruto += std::llround(std::stod(f[5]) * 100);
-            premios += std::llround(std::stod(f[6]) * 100);
+            bruto += centimos(f[5]);
+            premios += centimos(f[6]);
             // Commission between 10 and 12 % on animals and 8 and 10 % on numbers.
-            const double c = std::stod(f[7]) / std::stod(f[5]);
+            const double c =
+                static_cast<double>(centimos(f[7])) / static_cast<double>(centimos(f[5]));
             QVERIFY(c >= 0.079 && c <= 0.121);
         }
         QCOMPARE(bruto, contar(*m_demo, "SELECT SUM(monto) FROM jugadas WHERE eliminada = 0"));
@@ -489,7 +602,7 @@ private slots:
             QCOMPARE(f.size(), size_t(5));
             QVERIFY(f[0] != "06");
             QVERIFY(f[2] == "1" || f[2] == "4");
-            bruto += std::llround(std::stod(f[3]) * 100);
+            bruto += centimos(f[3]);
         }
         QCOMPARE(bruto, contar(*m_demo, "SELECT SUM(jg.monto) FROM jugadas jg JOIN sorteos s ON "
                                         "s.id = jg.sorteo_id JOIN juegos j ON j.id = s.juego_id "
@@ -515,7 +628,9 @@ private slots:
         // "32" (16:00, 1/600).
         QVERIFY(o.vender(t1, "1", "8", hoy, "14:00:00", {{"0", 250}, {"00", 300}, {"0", 100}}));
         QVERIFY(o.vender(t1 + 1, "1", "8", hoy, "14:01:00", {{"0", 1000}}));
-        QVERIFY(o.vender(t1, "3", "27", hoy, "14:02:00", {{"7", 35}}));
+        QVERIFY(o.vender(t1, "3", "27", hoy, "14:02:00", {{"07", 35}}));
+        // "7" is no animal: the console pads it to "07" before sending it.
+        QVERIFY(!o.vender(t1, "3", "27", hoy, "14:02:00", {{"7", 35}}));
         QVERIFY(o.vender(t1, "4", "32", hoy, "14:03:00", {{"012", 150}, {"12", 100}}) == false);
         QVERIFY(o.vender(t1, "4", "32", hoy, "14:03:00", {{"012", 150}, {"120", 100}}));
         QVERIFY(!o.vender(t1, "1", "8", hoy, "14:04:00", {{"37", 100}}));
@@ -543,7 +658,7 @@ private slots:
         QCOMPARE(partir(calculo[1], ',')[5], std::string("90.00"));
         QCOMPARE(lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=1&s=8&a=5")).size(),
                  size_t(1));
-        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=7"));
+        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=07"));
         QCOMPARE(partir(calculo[1], ',')[5], std::string("11.20"));
         calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=4&s=32&a=012"));
         QCOMPARE(calculo.size(), size_t(2));
@@ -553,10 +668,10 @@ private slots:
         o.conConexion([](sqlite3 *db) {
             ejecutarSql(db, "UPDATE sorteos SET divisor = 7, dividendo = 100 WHERE id = 27");
         });
-        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=7"));
+        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=07"));
         QCOMPARE(partir(calculo[1], ',')[5], std::string("5.00")); // 0.35 × 100 / 7
-        QVERIFY(o.vender(t1, "3", "27", hoy, "14:04:30", {{"7", 100}}));
-        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=7"));
+        QVERIFY(o.vender(t1, "3", "27", hoy, "14:04:30", {{"07", 100}}));
+        calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=3&s=27&a=07"));
         QCOMPARE(partir(calculo[2], ',')[5], std::string("14.29"));
         // The calculation changed nothing.
         QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados"), 0LL);
@@ -567,6 +682,15 @@ private slots:
     {
         Oficina &o = *m_vacia;
         const std::string antes = huella(o);
+        // Before its time (15:00) the draw takes no result: empty reply, audited, nothing kept.
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=8&a=0"), std::string());
+        QCOMPARE(pedir(o, "autopremiar.php", "&j=1&s=8&a=0"), std::string());
+        QCOMPARE(huella(o), antes);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM auditoria WHERE accion IN ('publicar', "
+                           "'autopremiar') AND detalle LIKE '%rechazado: el sorteo de las "
+                           "15:00:00 aun no llega'"),
+                 2LL);
+        HoraDePrueba despues("16:30:00");
         QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=8&a=0"), std::string("1"));
         QCOMPARE(
             contar(o, "SELECT COUNT(*) FROM resultados WHERE sorteo_id = 8 AND resultado = '0'"),
@@ -577,7 +701,7 @@ private slots:
         const auto cr = lineas(pedir(o, "cargarresultados.php", ""));
         QCOMPARE(cr.size(), size_t(1));
         QCOMPARE(partir(cr[0], ',')[6], std::string("Delf\xEDn"));
-        QCOMPARE(partir(cr[0], ',')[7], std::string("14:05:00"));
+        QCOMPARE(partir(cr[0], ',')[7], std::string("16:30:00"));
         const auto mv = lineas(pedir(o, "monitorventas.php", "&f=2026-11-22&j=1-8:"));
         QCOMPARE(mv.size(), size_t(4));
         QCOMPARE(partir(mv[0], ',')[9], std::string("75.00"));
@@ -615,14 +739,14 @@ private slots:
         QCOMPARE(contar(o, "SELECT SUM(monto) FROM premios"), 9000LL);
         QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=8"), std::string("1"));
         // After the undo the draw sells again.
-        QVERIFY(o.vender(primeraTaquilla(o), "1", "8", hoy, "14:05:00", {{"5", 100}}));
+        QVERIFY(o.vender(primeraTaquilla(o), "1", "8", hoy, "14:05:00", {{"05", 100}}));
 
         // Invalid results, unknown draws, bad or future dates: empty reply, nothing stored.
-        for (const char *q : {"&f=2026-11-22&j=1&s=8&a=37",
-                              "&f=2026-11-22&j=1&s=8&a=", "&f=2026-11-22&j=1&s=8&a=05",
-                              "&f=2026-11-22&j=4&s=32&a=12", "&f=2026-11-22&j=4&s=32&a=1234",
-                              "&f=2026-11-22&j=1&s=99&a=5", "&f=2026-11-23&j=1&s=8&a=5",
-                              "&f=22/11/2026&j=1&s=8&a=5", "&f=2026-11-22&j=1&s=32&a=5"})
+        for (const char *q :
+             {"&f=2026-11-22&j=1&s=8&a=37", "&f=2026-11-22&j=1&s=8&a=", "&f=2026-11-22&j=1&s=8&a=5",
+              "&f=2026-11-22&j=4&s=32&a=12", "&f=2026-11-22&j=4&s=32&a=1234",
+              "&f=2026-11-22&j=1&s=99&a=5", "&f=2026-11-23&j=1&s=8&a=5",
+              "&f=22/11/2026&j=1&s=8&a=5", "&f=2026-11-22&j=1&s=32&a=5"})
             QCOMPARE(pedir(o, "publicarPremios2.php", q), std::string());
         QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados"), 0LL);
 
@@ -660,13 +784,17 @@ private slots:
         const std::string ruta = m_dir.filePath("vacia.db").toStdString();
         Oficina otra(ruta);
         otra.fijarReloj(relojFijo);
+        // Each server keeps its own sessions.
+        QCOMPARE(otra.atenderConsulta("validarUser.php", "u=admin&p=tornavo1", aqui).substr(0, 2),
+                 std::string("1\n"));
         Oficina &una = *m_vacia;
         const long long t1 = primeraTaquilla(una);
-        // Draws 9 .. 12 of game 1 (16:00 .. 19:00) get a play on "5" and one on "6".
+        // Draws 9 .. 12 of game 1 (16:00 .. 19:00) get a play on "05" and one on "06".
         for (int s = 9; s <= 12; ++s) {
-            QVERIFY(
-                una.vender(t1, "1", std::to_string(s), hoy, "14:00:00", {{"5", 100}, {"6", 200}}));
+            QVERIFY(una.vender(t1, "1", std::to_string(s), hoy, "14:00:00",
+                               {{"05", 100}, {"06", 200}}));
         }
+        HoraDePrueba despues("19:30:00");
         for (int s = 9; s <= 12; ++s) {
             const std::string base = "&f=2026-11-22&j=1&s=" + std::to_string(s) + "&a=";
             std::string r1, r2, r3;
@@ -678,16 +806,16 @@ private slots:
             };
             std::thread a([&] {
                 esperar();
-                r1 = una.atenderConsulta("publicarPremios2.php", base + "5", aqui);
+                r1 = una.atenderConsulta("publicarPremios2.php", base + "05", aqui);
             });
             std::thread b([&] {
                 esperar();
-                r2 = otra.atenderConsulta("publicarPremios2.php", base + "6", aqui);
+                r2 = otra.atenderConsulta("publicarPremios2.php", base + "06", aqui);
             });
             std::thread c([&] {
                 esperar();
-                r3 = otra.atenderConsulta("autopremiar.php", "&j=1&s=" + std::to_string(s) + "&a=5",
-                                          aqui);
+                r3 = otra.atenderConsulta("autopremiar.php",
+                                          "&j=1&s=" + std::to_string(s) + "&a=05", aqui);
             });
             a.join();
             b.join();
@@ -708,8 +836,405 @@ private slots:
             QCOMPARE(contar(una, "SELECT SUM(p.monto) FROM premios p JOIN jugadas j ON j.id = "
                                  "p.jugada_id WHERE j.sorteo_id = " +
                                      sid),
-                     ganador == "5" ? 3000LL : 6000LL);
+                     ganador == "05" ? 3000LL : 6000LL);
         }
+    }
+
+    // ---- rights, business rules, sessions and logins --------------------------------------
+
+    void resumenDeVentas()
+    {
+        // The summary the reports read follows every sale, deletion, restoration, change of
+        // amount, award and withdrawal.
+        QTemporaryDir dir;
+        Oficina o(dir.filePath("resumen.db").toStdString());
+        o.fijarReloj(relojFijo);
+        OpcionesDemo op;
+        op.agencias = 6;
+        op.jugadasHoy = 1500;
+        op.diasPrevios = 2;
+        op.jugadasDiaPrevio = 400;
+        QVERIFY(crearDemo(o, relojFijo(), op));
+        QVERIFY(resumenCuadra(o));
+        QVERIFY(o.vender(primeraTaquilla(o), "1", "9", hoy, "14:05:00", {{"05", 700}, {"06", 50}}));
+        QVERIFY(resumenCuadra(o));
+        o.conConexion([](sqlite3 *db) {
+            ejecutarSql(db, "UPDATE jugadas SET eliminada = 1 WHERE id % 7 = 0");
+        });
+        QVERIFY(resumenCuadra(o));
+        o.conConexion([](sqlite3 *db) {
+            ejecutarSql(db, "UPDATE jugadas SET eliminada = 0 WHERE id % 14 = 0");
+            ejecutarSql(db, "UPDATE jugadas SET monto = monto * 2 WHERE id % 5 = 0");
+            ejecutarSql(db, "UPDATE jugadas SET pagada = 0");
+        });
+        QVERIFY(resumenCuadra(o));
+        QCOMPARE(pedir(o, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                 std::string("1\n"));
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=7&a=10"), std::string("1"));
+        QVERIFY(resumenCuadra(o));
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=3"), std::string("1"));
+        QVERIFY(resumenCuadra(o));
+        // The reports agree with the plays themselves.
+        long long bruto = 0;
+        for (const auto &l : lineas(pedir(o, "ventabancas2.php", "d=2026-11-20&h=2026-11-22")))
+            bruto += centimos(partir(l, ',')[5]);
+        QCOMPARE(bruto, contar(o, "SELECT SUM(monto) FROM jugadas WHERE eliminada = 0"));
+    }
+
+    void derechosPorOpcion()
+    {
+        QTemporaryDir dir;
+        Oficina o(dir.filePath("derechos.db").toStdString());
+        o.fijarReloj(relojFijo);
+        OpcionesDemo op;
+        op.agencias = 4;
+        op.jugadasHoy = 300;
+        op.diasPrevios = 0;
+        QVERIFY(crearDemo(o, relojFijo(), op));
+        o.crearUsuario("deshacedor", "clave23", "Deshace", true, "23", "1", "", "SB01", "1");
+        o.crearUsuario("automata", "clave24", "Auto", true, "24", "root", "", "SB01", "1");
+        o.crearUsuario("casi", "clave", "Casi todo", true, "11,12,13,14,15,16,17,18,21,22,23,24,31",
+                       "root", "", "SB01", "1");
+        const struct {
+            const char *usuario, *clave, *direccion;
+        } usuarios[] = {{"admin", "tornavo1", "10.2.0.1"},
+                        {"operador", "operador1", "10.2.0.2"},
+                        {"deshacedor", "clave23", "10.2.0.3"},
+                        {"automata", "clave24", "10.2.0.4"},
+                        {"casi", "clave", "10.2.0.5"}};
+        for (const auto &u : usuarios)
+            QCOMPARE(pedir(o, "validarUser.php", std::string("u=") + u.usuario + "&p=" + u.clave,
+                           u.direccion)
+                         .substr(0, 2),
+                     std::string("1\n"));
+        const std::string admin = "10.2.0.1", operador = "10.2.0.2", deshacedor = "10.2.0.3",
+                          automata = "10.2.0.4", casi = "10.2.0.5";
+        const std::string calcular = "&f=2026-11-22&j=1&s=7&a=05";
+
+        // Option 22: calculate and publish. "operador" has it; "deshacedor" does not.
+        QCOMPARE(pedir(o, "calcularpremios4.php", calcular, deshacedor), std::string());
+        QCOMPARE(pedir(o, "publicarPremios2.php", calcular, deshacedor), std::string());
+        QCOMPARE(pedir(o, "calcularpremios4.php", calcular, operador).substr(0, 6),
+                 std::string("banca,"));
+        QCOMPARE(pedir(o, "publicarPremios2.php", calcular, operador), std::string("1"));
+        // Option 23: undo. "operador" lacks it: refused, audited, the result stays.
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=7", operador), std::string());
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados WHERE sorteo_id = 7"), 1LL);
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM auditoria WHERE direccion = '10.2.0.2' AND "
+                           "usuario = 'operador' AND accion = 'deshacerpremios.php' AND "
+                           "detalle = 'rechazado: sin la opcion 23'"),
+                 1LL);
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=7", deshacedor),
+                 std::string("1"));
+        // Option 24: the automatic award.
+        QCOMPARE(pedir(o, "autopremiar.php", "&j=1&s=7&a=05", operador), std::string());
+        QCOMPARE(pedir(o, "autopremiar.php", "&j=1&s=7&a=05", deshacedor), std::string());
+        QCOMPARE(pedir(o, "autopremiar.php", "&j=1&s=7&a=05", automata), std::string("1"));
+        QCOMPARE(pedir(o, "publicarPremios2.php", calcular, automata), std::string());
+        // Option 21: the monitor's sales; 31: the super-banca report.
+        const std::string ventas = "&f=2026-11-22&j=1-3:";
+        const std::string reporte = "bx=SB01&j=1,4&d=2026-11-22&h=2026-11-22";
+        QVERIFY(!pedir(o, "monitorventas.php", ventas, operador).empty());
+        QCOMPARE(pedir(o, "monitorventas.php", ventas, deshacedor), std::string());
+        QVERIFY(!pedir(o, "reportex.php", reporte, operador).empty());
+        QCOMPARE(pedir(o, "reportex.php", reporte, automata), std::string());
+        // Sales by banca: "root" alone, not even every other code.
+        const std::string porBanca = "d=2026-11-22&h=2026-11-22";
+        QVERIFY(!pedir(o, "ventabancas2.php", porBanca, admin).empty());
+        QCOMPARE(pedir(o, "ventabancas2.php", porBanca, casi), std::string());
+        QCOMPARE(pedir(o, "ventabancas2.php", porBanca, operador), std::string());
+        QVERIFY(!pedir(o, "monitorventas.php", ventas, casi).empty());
+        QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=7", casi), std::string("1"));
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM auditoria WHERE usuario = 'casi' AND "
+                           "detalle = 'rechazado: sin la opcion root'"),
+                 1LL);
+
+        QVERIFY(Oficina::concedeOpcion("root", "root"));
+        QVERIFY(Oficina::concedeOpcion("root,21", "23"));
+        QVERIFY(!Oficina::concedeOpcion("21,root", "23"));
+        QVERIFY(!Oficina::concedeOpcion("21,22", "2"));
+        QVERIFY(!Oficina::concedeOpcion("", "21"));
+    }
+
+    void reglasDelNegocio()
+    {
+        QTemporaryDir dir;
+        Oficina o(dir.filePath("reglas.db").toStdString());
+        o.fijarReloj(relojFijo);
+        OpcionesDemo op;
+        op.agencias = 4;
+        op.jugadasHoy = 0;
+        op.diasPrevios = 0;
+        QVERIFY(crearDemo(o, Momento{hoy, "07:00:00"}, op));
+        QCOMPARE(pedir(o, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                 std::string("1\n"));
+        const long long t1 = primeraTaquilla(o);
+
+        // Sales close at the draw's time (draw 8, 15:00), in the database itself too.
+        QVERIFY(o.vender(t1, "1", "8", hoy, "14:59:59", {{"05", 100}}));
+        QVERIFY(!o.vender(t1, "1", "8", hoy, "15:00:00", {{"05", 100}}));
+        QVERIFY(!o.vender(t1, "1", "8", hoy, "15:20:00", {{"05", 100}}));
+        try {
+            o.conConexion([](sqlite3 *db) {
+                ejecutarSql(db, "INSERT INTO jugadas(ticket_id, sorteo_id, fecha, hora, numero, "
+                                "monto) VALUES(1, 8, '2026-11-22', '15:00:00', '05', 100)");
+            });
+            QFAIL("the database took a play after the draw's time");
+        } catch (const ErrorBaseDatos &) {
+        }
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM jugadas"), 1LL);
+
+        // No result before the draw's time, manual or automatic.
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=8&a=05"), std::string());
+        QCOMPARE(pedir(o, "autopremiar.php", "&j=1&s=8&a=05"), std::string());
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados"), 0LL);
+        {
+            HoraDePrueba quince("15:00:00");
+            QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=8&a=05"),
+                     std::string("1"));
+            // A paid prize: the undo is refused with "0", audited, and nothing is withdrawn.
+            o.conConexion([](sqlite3 *db) { ejecutarSql(db, "UPDATE jugadas SET pagada = 1"); });
+            const std::string pagado = huella(o);
+            QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=8"), std::string("0"));
+            QCOMPARE(huella(o), pagado);
+            QCOMPARE(contar(o, "SELECT COUNT(*) FROM premios"), 1LL);
+            QCOMPARE(contar(o, "SELECT COUNT(*) FROM auditoria WHERE accion = 'deshacer' AND "
+                               "detalle LIKE '%rechazado: 1 premios ya pagados'"),
+                     1LL);
+            // Unpaid again: the undo goes through.
+            o.conConexion([](sqlite3 *db) { ejecutarSql(db, "UPDATE jugadas SET pagada = 0"); });
+            QCOMPARE(pedir(o, "deshacerpremios.php", "&f=2026-11-22&j=1&s=8"), std::string("1"));
+        }
+
+        // A no-name game of two digits: only two digits are a result.
+        o.conConexion([](sqlite3 *db) {
+            ejecutarSql(db, "INSERT INTO juegos(clave, nombre, tipo, sin_nombres, cifras) "
+                            "VALUES('9', 'Dupla', 'T', 'X', 2)");
+            ejecutarSql(db, "INSERT INTO sorteos(juego_id, clave, etiqueta, hora, divisor, "
+                            "dividendo) SELECT id, '90', '09:00 AM', '09:00:00', 1, 70 "
+                            "FROM juegos WHERE clave = '9'");
+        });
+        for (const char *malo : {"%00x", "%00", "x", "1", "123", "1%01", "1,", "1;", "1%0A", "1%0D",
+                                 "%201", "1%7F", "a1", "-1", "+1", "1.", "%C3%A91"}) {
+            QCOMPARE(
+                pedir(o, "publicarPremios2.php", std::string("&f=2026-11-22&j=9&s=90&a=") + malo),
+                std::string());
+            QCOMPARE(
+                pedir(o, "publicarPremios2.php", std::string("&f=2026-11-22&j=1&s=1&a=") + malo),
+                std::string());
+        }
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM resultados"), 0LL);
+        QVERIFY(contar(o, "SELECT COUNT(*) FROM auditoria WHERE detalle LIKE "
+                          "'%rechazado: resultado no valido para el juego'") > 0);
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=9&s=90&a=07"), std::string("1"));
+        QCOMPARE(pedir(o, "resultadosJuego.php", "&f=2026-11-22&j=9"), std::string("90,07\n"));
+        // A damaged value kept from earlier never reaches a reply as it stands.
+        o.conConexion([](sqlite3 *db) {
+            ejecutarSql(db, "UPDATE resultados SET resultado = char(0) || 'x,;' || char(10) "
+                            "WHERE resultado = '07'");
+        });
+        for (const char *e : {"resultadosJuego.php", "monitorresultados.php"}) {
+            const std::string r = pedir(o, e, "&f=2026-11-22&j=9");
+            QVERIFY2(r.find('\0') == std::string::npos, e);
+            QVERIFY2(r.find("x  ") != std::string::npos, e);
+        }
+        QVERIFY(pedir(o, "cargarresultados.php", "").find('\0') == std::string::npos);
+    }
+
+    void sesionesQueCaducan()
+    {
+        const std::string ruta = m_dir.filePath("sesiones.db").toStdString();
+        std::string inicio = "08:00:00";
+        auto reloj = [&inicio] {
+            return Momento{hoy, inicio};
+        };
+        {
+            Oficina o(ruta);
+            o.fijarReloj(reloj);
+            OpcionesDemo op;
+            op.agencias = 2;
+            op.jugadasHoy = 0;
+            op.diasPrevios = 0;
+            QVERIFY(crearDemo(o, Momento{hoy, "07:00:00"}, op));
+            o.fijarInactividad(3600);
+            QCOMPARE(pedir(o, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                     std::string("1\n"));
+            const std::string ventas = "d=2026-11-22&h=2026-11-22";
+            QCOMPARE(pedir(o, "ventabancas2.php", ventas), std::string("\n"));
+            // Activity keeps the session: 50 minutes, then 50 more.
+            inicio = "08:50:00";
+            QCOMPARE(pedir(o, "ventabancas2.php", ventas), std::string("\n"));
+            inicio = "09:40:00";
+            QCOMPARE(pedir(o, "ventabancas2.php", ventas), std::string("\n"));
+            QCOMPARE(o.usuarioDeSesion(aqui), std::string("admin"));
+            // The clock is not activity: an hour of it alone ends the session.
+            inicio = "10:40:00";
+            QVERIFY(!pedir(o, "datetime.php", "").empty());
+            QCOMPARE(o.usuarioDeSesion(aqui), std::string());
+            QCOMPARE(pedir(o, "ventabancas2.php", ventas), std::string());
+            QCOMPARE(contar(o, "SELECT COUNT(*) FROM auditoria WHERE accion = 'ventabancas2.php' "
+                               "AND detalle = 'rechazado: sin sesion'"),
+                     1LL);
+            QCOMPARE(pedir(o, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                     std::string("1\n"));
+            QCOMPARE(pedir(o, "ventabancas2.php", ventas), std::string("\n"));
+        }
+        // A restart ends every session, even a fresh one.
+        Oficina despues(ruta);
+        despues.fijarReloj(reloj);
+        QCOMPARE(despues.usuarioDeSesion(aqui), std::string());
+        QCOMPARE(pedir(despues, "ventabancas2.php", "d=2026-11-22&h=2026-11-22"), std::string());
+        // The default idle time is twelve hours.
+        QCOMPARE(pedir(despues, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                 std::string("1\n"));
+        inicio = "22:39:59";
+        QCOMPARE(despues.usuarioDeSesion(aqui), std::string("admin"));
+        inicio = "22:40:00";
+        QCOMPARE(despues.usuarioDeSesion(aqui), std::string());
+    }
+
+    void intentosDeLogin()
+    {
+        QTemporaryDir dir;
+        const std::string ruta = dir.filePath("login.db").toStdString();
+        std::string hora = "08:00:00";
+        Oficina o(ruta);
+        o.fijarReloj([&hora] { return Momento{hoy, hora}; });
+        o.crearUsuario("ana", "clave-ana", "Ana", true, "root", "root", "", "", "");
+        o.crearUsuario("beto", "clave-beto", "Beto", true, "root", "root", "", "", "");
+
+        // An unknown name costs what a wrong password costs.
+        QElapsedTimer t;
+        qint64 malaClave = 0, desconocido = 0;
+        for (int i = 0; i < 2; ++i) {
+            t.start();
+            QCOMPARE(pedir(o, "validarUser.php", "u=beto&p=mala", "10.3.0." + std::to_string(i)),
+                     std::string("0\n"));
+            malaClave += t.elapsed();
+            t.start();
+            QCOMPARE(pedir(o, "validarUser.php", "u=nadie" + std::to_string(i) + "&p=mala",
+                           "10.3.1." + std::to_string(i)),
+                     std::string("0\n"));
+            desconocido += t.elapsed();
+        }
+        QVERIFY2(desconocido * 2 > malaClave,
+                 qPrintable(QString("%1 ms against %2 ms").arg(desconocido).arg(malaClave)));
+
+        // Five failures of one address within a minute: then refused at once, even with the
+        // right password, and for another user too.
+        const std::string intruso = "10.3.2.1";
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(pedir(o, "validarUser.php", "u=ana&p=prueba" + std::to_string(i), intruso),
+                     std::string("0\n"));
+        t.start();
+        QCOMPARE(pedir(o, "validarUser.php", "u=beto&p=clave-beto", intruso), std::string("0\n"));
+        QVERIFY2(t.elapsed() < 100, "a throttled login still checked the password");
+        // The user is throttled too, from any address.
+        t.start();
+        QCOMPARE(pedir(o, "validarUser.php", "u=ana&p=clave-ana", "10.3.2.2"), std::string("0\n"));
+        QVERIFY(t.elapsed() < 100);
+        // Another user from another address is not.
+        QCOMPARE(pedir(o, "validarUser.php", "u=beto&p=clave-beto", "10.3.2.3").substr(0, 2),
+                 std::string("1\n"));
+        // A minute later both may try again.
+        hora = "08:01:01";
+        QCOMPARE(pedir(o, "validarUser.php", "u=ana&p=clave-ana", intruso).substr(0, 2),
+                 std::string("1\n"));
+
+        // Refusals are audited in bounded volume: a flood leaves a few rows and a count.
+        hora = "08:10:30";
+        for (int i = 0; i < 300; ++i)
+            pedir(o, "validarUser.php", "u=ana&p=x" + std::to_string(i), "10.3.9.9");
+        const long long filas =
+            contar(o, "SELECT COUNT(*) FROM auditoria WHERE direccion = '10.3.9.9'");
+        QVERIFY2(filas >= 5 && filas <= 12, qPrintable(QString::number(filas)));
+        hora = "08:11:10";
+        pedir(o, "validarUser.php", "u=ana&p=otra", "10.3.9.9");
+        QCOMPARE(textoSql(o, "SELECT detalle FROM auditoria WHERE direccion = '10.3.9.9' "
+                             "ORDER BY id DESC LIMIT 1"),
+                 std::string("rechazado: demasiados intentos (y ") + std::to_string(300 - filas) +
+                     " rechazos anteriores sin registrar)");
+        // Unauthenticated calls are bounded the same way.
+        for (int i = 0; i < 100; ++i)
+            pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=1&a=05", "10.3.8.8");
+        QVERIFY(contar(o, "SELECT COUNT(*) FROM auditoria WHERE direccion = '10.3.8.8'") <= 10);
+    }
+
+    void migracionDeUnaBaseAnterior()
+    {
+        // A database of the first version: animals "1" .. "9", plays and results on them.
+        QTemporaryDir dir;
+        const std::string ruta = dir.filePath("vieja.db").toStdString();
+        {
+            Oficina o(ruta);
+            OpcionesDemo op;
+            op.agencias = 4;
+            op.jugadasHoy = 2000;
+            op.diasPrevios = 1;
+            op.jugadasDiaPrevio = 500;
+            QVERIFY(crearDemo(o, relojFijo(), op));
+            o.conConexion([](sqlite3 *db) {
+                ejecutarSql(db, R"SQL(
+                    DROP TRIGGER resumen_jugada;
+                    DROP TRIGGER resumen_jugada_cambiada;
+                    DROP TRIGGER resumen_premio;
+                    DROP TRIGGER resumen_premio_retirado;
+                    DROP TABLE ventas_resumen;
+                    DROP INDEX jugadas_ticket;
+                    DROP TRIGGER jugadas_antes_del_sorteo;
+                    DROP INDEX jugadas_sorteo_hora;
+                    ALTER TABLE juegos DROP COLUMN cifras;
+                    CREATE TABLE sesiones(direccion TEXT PRIMARY KEY, usuario TEXT NOT NULL,
+                                          momento TEXT NOT NULL);
+                    UPDATE animales SET numero = substr(numero, 2) WHERE numero GLOB '0[1-9]';
+                    UPDATE jugadas SET numero = substr(numero, 2) WHERE numero GLOB '0[1-9]'
+                       AND sorteo_id IN (SELECT s.id FROM sorteos s JOIN juegos j
+                                         ON j.id = s.juego_id WHERE j.tipo = 'A');
+                    UPDATE resultados SET resultado = substr(resultado, 2)
+                     WHERE resultado GLOB '0[1-9]' AND sorteo_id IN (SELECT s.id FROM sorteos s
+                           JOIN juegos j ON j.id = s.juego_id WHERE j.tipo = 'A');
+                    INSERT INTO resultados(sorteo_id, fecha, resultado, hora)
+                    SELECT id, '2026-11-20', '5', '09:00:00' FROM sorteos WHERE juego_id = 1;
+                    PRAGMA user_version = 1;)SQL");
+            });
+        }
+        QCOMPARE(contar(*m_demo, "PRAGMA user_version"), 3LL);
+        Oficina o(ruta);
+        o.fijarReloj(relojFijo);
+        QCOMPARE(contar(o, "PRAGMA user_version"), 3LL);
+        // The reports' summary is built from the plays already there.
+        QVERIFY(contar(o, "SELECT COUNT(*) FROM ventas_resumen") > 0);
+        QVERIFY(resumenCuadra(o));
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM animales WHERE length(numero) = 1 AND "
+                           "numero <> '0'"),
+                 0LL);
+        QCOMPARE(textoSql(o, "SELECT group_concat(numero) FROM (SELECT numero FROM animales "
+                             "WHERE juego_id = 1 ORDER BY orden LIMIT 4)"),
+                 std::string("0,00,01,02"));
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM jugadas jg JOIN sorteos s ON s.id = jg.sorteo_id "
+                           "WHERE s.juego_id < 4 AND length(jg.numero) = 1 AND jg.numero <> '0'"),
+                 0LL);
+        // Number games keep their three digits untouched.
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM jugadas jg JOIN sorteos s ON s.id = jg.sorteo_id "
+                           "WHERE s.juego_id = 4 AND length(jg.numero) <> 3"),
+                 0LL);
+        QCOMPARE(lineas(pedir(o, "resultadosJuego.php", "f=2026-11-20&j=1")).front(),
+                 std::string("1,05"));
+        // Old plays on "5" win with "05" now, and the awards already given still match.
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM premios p JOIN jugadas j ON j.id = p.jugada_id "
+                           "JOIN resultados r ON r.id = p.resultado_id "
+                           "WHERE j.numero <> r.resultado"),
+                 0LL);
+        QCOMPARE(pedir(o, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                 std::string("1\n"));
+        const auto calculo = lineas(pedir(o, "calcularpremios4.php", "&f=2026-11-22&j=1&s=7&a=05"));
+        QCOMPARE(static_cast<long long>(calculo.size()) - 1,
+                 contar(o, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = 7 AND fecha = "
+                           "'2026-11-22' AND numero = '05' AND eliminada = 0"));
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=7&a=05"), std::string("1"));
+        QCOMPARE(pedir(o, "publicarPremios2.php", "&f=2026-11-22&j=1&s=7&a=5"), std::string());
+        QCOMPARE(textoSql(o, "PRAGMA integrity_check"), std::string("ok"));
+        QCOMPARE(contar(o, "SELECT COUNT(*) FROM sqlite_master WHERE name = 'sesiones'"), 0LL);
     }
 
     // ---- hostile values -------------------------------------------------------------------
@@ -886,6 +1411,12 @@ private slots:
         QCOMPARE(a[0].numero, std::string("0"));
         QCOMPARE(a[1].numero, std::string("00"));
         QCOMPARE(a[1].nombre, std::string("Ballena"));
+        // Every number above 0 has two digits, as the console pads what is typed.
+        QCOMPARE(a[2].numero, std::string("01"));
+        QCOMPARE(a[7].numero, std::string("06"));
+        QCOMPARE(a[7].nombre, std::string("Rana"));
+        for (const AnimalDemo &x : a)
+            QVERIFY2(x.numero.size() == 2 || x.numero == "0", x.numero.c_str());
         QCOMPARE(leerAnimales("# x\n\n1;Uno\r\nmal\n2;Dos").size(), size_t(2));
     }
 };

@@ -80,6 +80,29 @@ private slots:
         QVERIFY(estado != 200);
     }
 
+    void primeraLineaEsLaUrlTambienConDemo()
+    {
+        // Both channels merged, as a terminal or a service log shows them: the base URL comes
+        // first, then the note that the demo network was created.
+        QTemporaryDir dir;
+        QProcess p;
+        p.setProcessChannelMode(QProcess::MergedChannels);
+        p.start(carpetaBinarios() + "/tornavo-servidor",
+                {"--db", dir.filePath("t.db"), "--port", "0", "--demo"});
+        QVERIFY(p.waitForStarted(5000));
+        QTRY_VERIFY_WITH_TIMEOUT(p.canReadLine(), 60000);
+        const QString primera = QString::fromLatin1(p.readLine());
+        QVERIFY2(QRegularExpression("^http://127\\.0\\.0\\.1:[0-9]+/Tornavo/TornavoSU/\n$")
+                     .match(primera)
+                     .hasMatch(),
+                 qPrintable(primera));
+        QTRY_VERIFY_WITH_TIMEOUT(p.canReadLine(), 10000);
+        QVERIFY(p.readLine().startsWith("Red de demostracion creada"));
+        p.terminate();
+        QVERIFY(p.waitForFinished(8000));
+        QCOMPARE(p.exitCode(), 0);
+    }
+
     void respuestasEnLatin1YConsultasConAmpersand()
     {
         ServidorReferencia s(demoFija);
@@ -129,16 +152,99 @@ private slots:
                 std::string::npos);
     }
 
+    void compresionDeLasRespuestas()
+    {
+        ServidorReferencia s(demoFija);
+        QVERIFY(s.iniciado());
+        Cliente c(s);
+        c.http.set_decompress(false);
+        const std::string ruta = "/Tornavo/TornavoSU/monitoragencias.php";
+        auto identidad =
+            c.http.Get(ruta.c_str(), httplib::Headers{{"Accept-Encoding", "identity"}});
+        QVERIFY(identidad);
+        QVERIFY(!identidad->has_header("Content-Encoding"));
+        QVERIFY(identidad->body.size() > 10000);
+        // A client that offers Brotli first still gets gzip; one that offers only Brotli gets
+        // the reply as it is.
+        for (const char *oferta : {"br, gzip, deflate", "gzip", "deflate, gzip;q=0.8"}) {
+            auto r = c.http.Get(ruta.c_str(), httplib::Headers{{"Accept-Encoding", oferta}});
+            QVERIFY(r);
+            QCOMPARE(QString::fromStdString(r->get_header_value("Content-Encoding")),
+                     QStringLiteral("gzip"));
+            QVERIFY(r->body.size() * 3 < identidad->body.size());
+            QCOMPARE(static_cast<unsigned char>(r->body[0]), static_cast<unsigned char>(0x1F));
+        }
+        auto br = c.http.Get(ruta.c_str(), httplib::Headers{{"Accept-Encoding", "br"}});
+        QVERIFY(br);
+        QVERIFY(!br->has_header("Content-Encoding"));
+        QVERIFY(br->body == identidad->body);
+        // A short reply goes out as it is.
+        auto corta = c.http.Get("/Tornavo/TornavoSU/datetime.php",
+                                httplib::Headers{{"Accept-Encoding", "gzip"}});
+        QVERIFY(corta);
+        QVERIFY(!corta->has_header("Content-Encoding"));
+        // And a decompressing client reads the same text.
+        Cliente normal(s);
+        QVERIFY(normal.get("monitoragencias.php") == identidad->body);
+    }
+
+    void detrasDeUnProxyInverso()
+    {
+        // Behind a trusted reverse proxy each console's address comes from X-Forwarded-For
+        // (its last entry, the one the proxy wrote): one console's login opens nothing to
+        // another.
+        ServidorReferencia s(demoFija + QStringList{"--proxy", "127.0.0.1"});
+        QVERIFY2(s.iniciado(), qPrintable(s.salida()));
+        Cliente c(s);
+        auto pedir = [&](const char *ruta, const char *cliente) {
+            auto r = c.http.Get((std::string("/Tornavo/TornavoSU/") + ruta).c_str(),
+                                httplib::Headers{{"X-Forwarded-For", cliente}});
+            return r ? r->body : std::string("<sin respuesta>");
+        };
+        QCOMPARE(pedir("validarUser.php?u=admin&p=tornavo1", "10.8.0.1").substr(0, 2),
+                 std::string("1\n"));
+        const char *ventas = "ventabancas2.php?d=2026-11-22&h=2026-11-22";
+        QVERIFY(!pedir(ventas, "10.8.0.1").empty());
+        QCOMPARE(pedir(ventas, "10.8.0.2"), std::string());
+        // A console cannot pose as another by writing the header itself.
+        QCOMPARE(pedir(ventas, "10.8.0.1, 10.8.0.2"), std::string());
+        QVERIFY(!pedir(ventas, "10.8.0.2, 10.8.0.1").empty());
+        // Without the header the proxy's own address is used, which never logged in.
+        QCOMPARE(c.get(ventas), std::string());
+    }
+
+    void derechosDelUsuarioDeLaDireccion()
+    {
+        // "operador" (options 21, 22, 31) publishes but may not undo, award automatically or
+        // read the sales by banca, whatever the console shows.
+        ServidorReferencia s(demoFija);
+        QVERIFY(s.iniciado());
+        Cliente c(s);
+        QCOMPARE(c.get("validarUser.php?u=operador&p=operador1").substr(0, 2), std::string("1\n"));
+        QCOMPARE(c.get("publicarPremios2.php?&f=2026-11-22&j=1&s=7&a=10"), std::string("1"));
+        QCOMPARE(c.get("deshacerpremios.php?&f=2026-11-22&j=1&s=7"), std::string());
+        QCOMPARE(c.get("autopremiar.php?&j=1&s=7&a=10"), std::string());
+        QCOMPARE(c.get("ventabancas2.php?d=2026-11-22&h=2026-11-22"), std::string());
+        QVERIFY(c.get("resultadosJuego.php?&f=2026-11-22&j=1").find("\n7,10\n") !=
+                std::string::npos);
+        QVERIFY(!c.get("monitorventas.php?&f=2026-11-22&j=1-3:").empty());
+        // The same address as "admin" may.
+        QCOMPARE(c.get("validarUser.php?u=admin&p=tornavo1").substr(0, 2), std::string("1\n"));
+        QCOMPARE(c.get("deshacerpremios.php?&f=2026-11-22&j=1&s=7"), std::string("1"));
+        QVERIFY(!c.get("ventabancas2.php?d=2026-11-22&h=2026-11-22").empty());
+    }
+
     void publicacionesSimultaneasPorHttp()
     {
         ServidorReferencia s(demoFija);
         QVERIFY(s.iniciado());
         Cliente c(s);
         QCOMPARE(c.get("validarUser.php?u=admin&p=tornavo1").substr(0, 1), std::string("1"));
-        // Draws 9 .. 12 of game 1 (16:00 .. 19:00) have no result yet.
-        for (int sorteo = 9; sorteo <= 12; ++sorteo) {
-            const std::string base =
-                "publicarPremios2.php?&f=2026-11-22&j=1&s=" + std::to_string(sorteo) + "&a=";
+        // The 14:00 draw of game 1 (key 7) waits for its result; the later ones may not have
+        // one yet.
+        QCOMPARE(c.get("publicarPremios2.php?&f=2026-11-22&j=1&s=9&a=01"), std::string());
+        const std::string base = "publicarPremios2.php?&f=2026-11-22&j=1&s=7&a=";
+        for (int vuelta = 0; vuelta < 4; ++vuelta) {
             std::string respuestas[4];
             std::atomic<int> listos{0};
             std::vector<std::thread> hilos;
@@ -148,7 +254,7 @@ private slots:
                     ++listos;
                     while (listos < 4) {
                     }
-                    respuestas[i] = propio.get(base + std::to_string(i + 1));
+                    respuestas[i] = propio.get(base + "0" + std::to_string(i + 1));
                 });
             }
             for (auto &h : hilos)
@@ -161,28 +267,27 @@ private slots:
             QCOMPARE(unos, 1);
             QCOMPARE(ceros, 3);
             const QStringList res = lineasDe(c.get("resultadosJuego.php?&f=2026-11-22&j=1"));
-            QCOMPARE(res.filter(QRegularExpression("^" + QString::number(sorteo) + ",")).size(), 1);
+            QCOMPARE(res.filter(QRegularExpression("^7,")).size(), 1);
+            QCOMPARE(c.get("deshacerpremios.php?&f=2026-11-22&j=1&s=7"), std::string("1"));
         }
         // The calculation of a published draw lists exactly the awarded plays of monitorventas.
-        const QStringList res = lineasDe(c.get("monitorresultados.php?&f=2026-11-22"));
-        QString ganador;
-        for (const QString &l : res) {
-            if (l.startsWith("1-9:,"))
-                ganador = l.section(',', 2, 2);
-        }
-        QVERIFY(!ganador.isEmpty());
-        const QStringList ventas = lineasDe(c.get("monitorventas.php?&f=2026-11-22&j=1-9:"));
+        QCOMPARE(c.get(base + "10"), std::string("1"));
+        const QStringList ventas = lineasDe(c.get("monitorventas.php?&f=2026-11-22&j=1-7:"));
         double premiosMonitor = 0;
         for (const QString &v : ventas)
             premiosMonitor += v.section(',', 9, 9).toDouble();
-        const QStringList calculo = lineasDe(
-            c.get("calcularpremios4.php?&f=2026-11-22&j=1&s=9&a=" + ganador.toStdString()));
+        const QStringList calculo =
+            lineasDe(c.get("calcularpremios4.php?&f=2026-11-22&j=1&s=7&a=10"));
         double premiosCalculo = 0;
         for (int i = 1; i < calculo.size(); ++i)
             premiosCalculo += calculo[i].section(',', 5, 5).toDouble();
+        QVERIFY(premiosCalculo > 0);
         QCOMPARE(premiosMonitor, premiosCalculo);
-        QCOMPARE(c.get("deshacerpremios.php?&f=2026-11-22&j=1&s=9"), std::string("1"));
-        QCOMPARE(c.get("deshacerpremios.php?&f=2026-11-22&j=1&s=9"), std::string("0"));
+        QCOMPARE(c.get("deshacerpremios.php?&f=2026-11-22&j=1&s=7"), std::string("1"));
+        QCOMPARE(c.get("deshacerpremios.php?&f=2026-11-22&j=1&s=7"), std::string("0"));
+        // An earlier draw of the demo has paid prizes: its undo is refused.
+        QCOMPARE(c.get("deshacerpremios.php?&f=2026-11-22&j=1&s=1"), std::string("0"));
+        QVERIFY(c.get("resultadosJuego.php?&f=2026-11-22&j=1").rfind("1,", 0) == 0);
     }
 
     void valoresLargosYMaliciosos()
@@ -275,7 +380,7 @@ private slots:
         QCOMPARE(l[0], QStringLiteral("2026-11-22"));
         QVERIFY(l[1].startsWith("1,7,"));
         const QString numero = l[1].section(',', 2);
-        QVERIFY(QRegularExpression("^(0|00|[1-9]|[12][0-9]|3[0-6])$").match(numero).hasMatch());
+        QVERIFY(QRegularExpression("^(0|00|0[1-9]|[12][0-9]|3[0-6])$").match(numero).hasMatch());
         QVERIFY(!QFile::exists(dir.ruta() + "/resultados_demo.txt.tmp"));
 
         // The console sends the line as it stands; then the draw no longer waits.
