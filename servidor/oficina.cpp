@@ -1105,7 +1105,9 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
     const std::string antes = "", despues = "~";
     if (total < m_jugadasParaDosHilos) {
         lineasDeVentas(db, sorteoId, fecha, antes, despues, premios, r);
-        return r;
+        // A draw without sales answers a lone line break: an empty body means "no answer" to
+        // the console, which would report a server failure for a draw nobody played yet.
+        return r.empty() ? std::string("\n") : r;
     }
     // A large draw is read in two halves by time of sale, the later half on a second
     // connection in a second thread, so that both cores work on it.

@@ -550,6 +550,8 @@ private slots:
         QCOMPARE(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-3:"), enUno);
         QCOMPARE(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1-9:"), lineasUnHilo);
         m_demo->fijarJugadasParaDosHilos(200000);
+        // A known draw nobody played that day: a lone line break, not the empty "no answer".
+        QCOMPARE(pedir(*m_demo, "monitorventas.php", "&f=2030-01-01&j=1-3:"), std::string("\n"));
         QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=13").empty());
         QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1").empty());
     }
