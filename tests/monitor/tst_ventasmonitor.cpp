@@ -206,6 +206,10 @@ private slots:
         QCOMPARE(textoHora(d.jugadas[0].minuto * 60), QStringLiteral("10:00 a. m."));
     }
 
+    // The rule: sorting the plays by a column keeps plays with equal values (the same number,
+    // say) in the order the server's reply listed them, ascending and descending alike; only
+    // the order between different values is reversed. aleatorioIgualAlLiteral in tst_monitor
+    // checks the same rule against a literal stable sort of random replies.
     void ordenEstableYDescendente()
     {
         ListasMonitor L;
