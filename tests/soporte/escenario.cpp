@@ -1,0 +1,18 @@
+#include "tests/soporte/escenario.h"
+
+#include <QAbstractButton>
+#include <QSignalSpy>
+
+Escenario::Escenario(Respuestas respuestas)
+{
+    dir.apuntarA(srv.direccion());
+    for (const auto &r : respuestas)
+        srv.responder(r.first, r.second);
+}
+
+bool pulsarYEsperarRespuesta(QAbstractButton *boton, QNetworkAccessManager *red, int milisegundos)
+{
+    QSignalSpy llegada(red, &QNetworkAccessManager::finished);
+    QTest::mouseClick(boton, Qt::LeftButton);
+    return llegada.wait(milisegundos) || llegada.count() > 0;
+}
