@@ -4,6 +4,7 @@
 #include "tests/soporte/servidorprueba.h"
 
 #include <QByteArray>
+#include <QDateEdit>
 #include <QNetworkAccessManager>
 #include <QNetworkReply>
 #include <QObject>
@@ -71,6 +72,14 @@ template <typename D> struct EscenarioDialogo : Escenario {
             qFatal("no widget %s", nombre);
         return widget;
     }
+};
+
+// A report dialog of type D, built, with its date range and the manager its query goes through.
+template <typename D> struct DialogoDeFechas {
+    D dlg;
+    QDateEdit *desde = dlg.template findChild<QDateEdit *>(QStringLiteral("dateEdit_desde"));
+    QDateEdit *hasta = dlg.template findChild<QDateEdit *>(QStringLiteral("dateEdit_hasta"));
+    QNetworkAccessManager *red = dlg.template findChild<QNetworkAccessManager *>();
 };
 
 // Presses `boton` with the mouse and waits until `red` has handled a reply; false when none
