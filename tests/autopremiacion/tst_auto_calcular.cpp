@@ -4,6 +4,7 @@
 #include "autopremiacion/procesoscript.h"
 #include "tests/soporte/capturamensajes.h"
 #include "tests/soporte/escenario.h"
+#include "tests/soporte/procesos.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
 #include "tests/soporte/tablas.h"
@@ -55,17 +56,6 @@ QString hoy()
 QString ayer()
 {
     return QDate::currentDate().addDays(-1).toString("yyyy-MM-dd");
-}
-
-// Alive and not a zombie.
-bool procesoVivo(qint64 pid)
-{
-    QFile f(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (pid <= 0 || !f.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray s = f.readAll();
-    const int p = s.lastIndexOf(')');
-    return p >= 0 && s.size() > p + 2 && s.at(p + 2) != 'Z';
 }
 
 QList<qint64> pidsEn(const QString &archivo)
