@@ -38,8 +38,6 @@ public:
     static int correrEscenario(const QString &) { return 2; }
 
 private slots:
-    void initTestCase() { qRegisterMetaType<QNetworkReply *>(); }
-
     void init()
     {
         reiniciarSesion();

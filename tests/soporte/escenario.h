@@ -19,7 +19,8 @@
 class QAbstractButton;
 
 // What a dialog under test is opened on: the fixture server with the replies given, and a
-// working directory whose Tornavo.svr points at it.
+// working directory whose Tornavo.svr points at it. QNetworkReply * is registered as a meta type,
+// so QSignalSpy can watch a manager's finished().
 //     Escenario e{{"reportex.php", respuesta}};
 struct Escenario {
     using Respuestas = std::initializer_list<std::pair<QString, QByteArray>>;
