@@ -53,6 +53,22 @@ class TstVentanas : public QObject {
         return r;
     }
 
+    // A cut amount whose item carries a tooltip of its own.
+    static QTableWidgetItem *celdaConTooltipPropio()
+    {
+        auto *celda = new QTableWidgetItem("99,999,999.99");
+        celda->setToolTip("su propio texto");
+        return celda;
+    }
+
+    // Shows the table at 400×200; true once it is on screen.
+    static bool mostrar(QTableWidget &tabla)
+    {
+        tabla.resize(400, 200);
+        tabla.show();
+        return QTest::qWaitForWindowExposed(&tabla);
+    }
+
     // The tooltip a user gets resting the pointer on cell (f, c), "" when none shows.
     static QString tooltip(QTableWidget &tabla, int f, int c)
     {
@@ -206,13 +222,9 @@ private slots:
         tabla.setItem(0, 0, new QTableWidgetItem("12,345,678.90"));
         tabla.setItem(0, 1, new QTableWidgetItem("12,345,678.90"));
         tabla.setItem(1, 0, new QTableWidgetItem("1.00"));
-        auto *propio = new QTableWidgetItem("99,999,999.99");
-        propio->setToolTip("su propio texto");
-        tabla.setItem(1, 1, propio);
+        tabla.setItem(1, 1, celdaConTooltipPropio());
         tabla.setColumnWidth(1, 30);
-        tabla.resize(400, 200);
-        tabla.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&tabla));
+        QVERIFY(mostrar(tabla));
 
         QCOMPARE(tooltip(tabla, 0, 0), QStringLiteral("12,345,678.90"));
         QCOMPARE(tooltip(tabla, 1, 0), QString());
@@ -232,12 +244,8 @@ private slots:
         tabla.setColumnWidth(1, 200);
         tabla.setItem(0, 0, new QTableWidgetItem("7:00 a. m. 12,345,678.90"));
         tabla.setItem(0, 1, new QTableWidgetItem("7:00 a. m."));
-        auto *propio = new QTableWidgetItem("99,999,999.99");
-        propio->setToolTip("su propio texto");
-        tabla.setItem(1, 0, propio);
-        tabla.resize(400, 200);
-        tabla.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&tabla));
+        tabla.setItem(1, 0, celdaConTooltipPropio());
+        QVERIFY(mostrar(tabla));
 
         QCOMPARE(tooltip(tabla, 0, 0), QStringLiteral("7:00 a. m. 12,345,678.90"));
         QCOMPARE(tooltip(tabla, 0, 1), QString());
