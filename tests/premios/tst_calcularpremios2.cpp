@@ -5,6 +5,7 @@
 #include "tests/soporte/capturamensajes.h"
 #include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
+#include "tests/soporte/respuestas.h"
 #include "tests/soporte/servidorprueba.h"
 
 #include <QBuffer>
@@ -28,21 +29,10 @@ namespace {
 
 // Games: an animal game, a game flagged "X" with three-digit results, a "T" game, and a second
 // animal game that only "root" or its own code lets in.
-const QByteArray sorteosFixture =
-    QString::fromUtf8("1;Lotto Activo;;0,00,01,02,05,10;Delfín,Ballena,Carnero,"
-                      "Toro,León,Tigre;A\n"
-                      "2;Triple A;X;;;N\n"
-                      "4;Terminal;;;;T\n"
-                      "LG;La Granjita;;05,06;Mono,Gato;A\n"
-                      "_FIN_\n"
-                      "1;10;10AM\n"
-                      "1;11;11AM\n"
-                      "2;20;1PM\n"
-                      "1;12;12PM\n"
-                      "2;21;4PM\n"
-                      "4;40;7PM\n"
-                      "LG;50;9AM\n")
-        .toLatin1();
+const QByteArray sorteosFixture = respuestaSorteosPremiar(
+    {"1;Lotto Activo;;0,00,01,02,05,10;Delfín,Ballena,Carnero,Toro,León,Tigre;A",
+     "2;Triple A;X;;;N", "4;Terminal;;;;T", "LG;La Granjita;;05,06;Mono,Gato;A"},
+    {"1;10;10AM", "1;11;11AM", "2;20;1PM", "1;12;12PM", "2;21;4PM", "4;40;7PM", "LG;50;9AM"});
 
 const QDate hoy(2026, 11, 22);
 

@@ -4,6 +4,7 @@
 #include "tests/soporte/capturamensajes.h"
 #include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
+#include "tests/soporte/respuestas.h"
 #include "tests/soporte/servidorprueba.h"
 #include "tests/soporte/tablas.h"
 
@@ -61,14 +62,9 @@ class TstReporteVentasX : public QObject {
     // The worked example plus a second banca with two games.
     static QByteArray respuestaBase()
     {
-        return "1,Lotto Activo\n2,La Granjita\n"
-               "_FIN_\n"
-               "7,1,10,50\n"
-               "4,1,12,40\n4,2,12,40\n"
-               "_FIN_\n"
-               "7,Centro,1,1000,500\n"
-               "4,Oeste,2,500,100\n"
-               "4,Oeste,1,250,0\n";
+        return respuestaReporteX({"1,Lotto Activo", "2,La Granjita"},
+                                 {"7,1,10,50", "4,1,12,40", "4,2,12,40"},
+                                 {"7,Centro,1,1000,500", "4,Oeste,2,500,100", "4,Oeste,1,250,0"});
     }
 
 public:
@@ -175,7 +171,8 @@ private slots:
 
     void ejemploResuelto()
     {
-        Escenario e{{"reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,1000,500\n"}};
+        Escenario e{{"reportex.php",
+                     respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {"7,Centro,1,1000,500"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 1);
@@ -203,8 +200,8 @@ private slots:
     // the banca table, the detail and the totals.
     void puntoDeEquilibrioEnNegro()
     {
-        Escenario e{
-            {"reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,100.10,90.09\n"}};
+        Escenario e{{"reportex.php",
+                     respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {"7,Centro,1,100.10,90.09"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(textosFila(d.ventas, 0), (QStringList{"Centro", "100.10", "10.01", "90.09",
@@ -228,8 +225,9 @@ private slots:
     // The banca rows add up to the totals below them, to the cent.
     void filasSumanElTotal()
     {
-        Escenario e{{"reportex.php", "1,Lotto\n_FIN_\n1,1,10,0\n2,1,10,0\n3,1,10,0\n_FIN_\n"
-                                     "1,Uno,1,0.05,0\n2,Dos,1,0.05,0\n3,Tres,1,0.05,0\n"}};
+        Escenario e{{"reportex.php",
+                     respuestaReporteX({"1,Lotto"}, {"1,1,10,0", "2,1,10,0", "3,1,10,0"},
+                                       {"1,Uno,1,0.05,0", "2,Dos,1,0.05,0", "3,Tres,1,0.05,0"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 3);
@@ -261,8 +259,8 @@ private slots:
 
     void dosFilasDeComisionGanaLaUltima()
     {
-        Escenario e{
-            {"reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n7,1,20,25\n_FIN_\n7,Centro,1,1000,0\n"}};
+        Escenario e{{"reportex.php", respuestaReporteX({"1,Lotto"}, {"7,1,10,50", "7,1,20,25"},
+                                                       {"7,Centro,1,1000,0"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.dlg.pcomision("7", "1"), (QList<double>{20.0, 25.0}));
@@ -273,9 +271,10 @@ private slots:
 
     void bancaSinComisionNoAparece()
     {
-        Escenario e{{"reportex.php", "1,Lotto\n2,Ruleta\n_FIN_\n7,1,10,50\n8,2,0,50\n_FIN_\n"
-                                     "8,Sin Comision,1,900,0\n8,Sin Comision,2,900,0\n"
-                                     "7,Centro,1,1000,500\n"}};
+        Escenario e{
+            {"reportex.php", respuestaReporteX({"1,Lotto", "2,Ruleta"}, {"7,1,10,50", "8,2,0,50"},
+                                               {"8,Sin Comision,1,900,0", "8,Sin Comision,2,900,0",
+                                                "7,Centro,1,1000,500"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 1);
@@ -285,8 +284,9 @@ private slots:
 
     void utilidadNegativaEnRojo()
     {
-        Escenario e{{"reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n4,1,10,50\n_FIN_\n"
-                                     "7,Centro,1,1000,1500\n4,Oeste,1,1000,0\n"}};
+        Escenario e{
+            {"reportex.php", respuestaReporteX({"1,Lotto"}, {"7,1,10,50", "4,1,10,50"},
+                                               {"7,Centro,1,1000,1500", "4,Oeste,1,1000,0"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         // Centro: net 900, prizes 1500 → utility -600, participation -300, balance -300.
@@ -304,7 +304,8 @@ private slots:
         QCOMPARE(d.campo("lineEdit_utilidad")->text(), QStringLiteral("300.00"));
         QCOMPARE(d.campo("lineEdit_utilidad")->styleSheet(), QString());
 
-        e.srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,1000,1500\n");
+        e.srv.responder("reportex.php",
+                        respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {"7,Centro,1,1000,1500"}));
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.campo("lineEdit_utilidad")->text(), QStringLiteral("-600.00"));
         QCOMPARE(d.campo("lineEdit_utilidad")->styleSheet(),
@@ -315,7 +316,8 @@ private slots:
         QCOMPARE(d.campo("lineEdit_ventaBruta")->styleSheet(), QString());
 
         // Positive again: the red goes away.
-        e.srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,1000,0\n");
+        e.srv.responder("reportex.php",
+                        respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {"7,Centro,1,1000,0"}));
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.campo("lineEdit_utilidad")->styleSheet(), QString());
         QCOMPARE(d.campo("lineEdit_saldo")->styleSheet(), QString());
@@ -323,7 +325,8 @@ private slots:
 
     void participacionSobreCienColoreaDistinto()
     {
-        Escenario e{{"reportex.php", "1,Lotto\n_FIN_\n7,1,10,150\n_FIN_\n7,Centro,1,1000,500\n"}};
+        Escenario e{{"reportex.php",
+                     respuestaReporteX({"1,Lotto"}, {"7,1,10,150"}, {"7,Centro,1,1000,500"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         // Utility 400, participation 600, balance -200.
@@ -353,8 +356,9 @@ private slots:
 
     void detalleConPremiosAltos()
     {
-        Escenario e{{"reportex.php", "1,Lotto\n2,Ruleta\n_FIN_\n7,1,10,50\n7,2,10,50\n_FIN_\n"
-                                     "7,Centro,1,1000,1500\n7,Centro,2,1000,0\n"}};
+        Escenario e{
+            {"reportex.php", respuestaReporteX({"1,Lotto", "2,Ruleta"}, {"7,1,10,50", "7,2,10,50"},
+                                               {"7,Centro,1,1000,1500", "7,Centro,2,1000,0"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         // The banca's utility is 300: its row is black.
@@ -442,7 +446,7 @@ private slots:
         d.pulsarFila(0);
         QCOMPARE(d.detalle->rowCount(), 1);
 
-        e.srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n\n");
+        e.srv.responder("reportex.php", respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {""}));
         CapturaMensajes captura;
         QVERIFY(d.consultarYEsperar());
         QVERIFY(captura.esperar(1));
@@ -456,7 +460,7 @@ private slots:
 
     void ventasSinComisionNoEsSinVentas()
     {
-        Escenario e{{"reportex.php", "1,Lotto\n_FIN_\n_FIN_\n7,Centro,1,1000,500\n"}};
+        Escenario e{{"reportex.php", respuestaReporteX({"1,Lotto"}, {}, {"7,Centro,1,1000,500"})}};
         Dialogo d;
         CapturaMensajes captura;
         QVERIFY(d.consultarYEsperar());
@@ -508,8 +512,8 @@ private slots:
         QVERIFY(captura.esperar(1));
         QCOMPARE(captura.ultimo().texto, QStringLiteral("Sin ventas"));
 
-        e.srv.responder("reportex.php",
-                        "1\n_FIN_\n7,1,x\n7,1,10\n_FIN_\n7\n7,C\n7,C,1\n7,C,1,abc,\n");
+        e.srv.responder("reportex.php", respuestaReporteX({"1"}, {"7,1,x", "7,1,10"},
+                                                          {"7", "7,C", "7,C,1", "7,C,1,abc,"}));
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 1);
         QCOMPARE(textosFila(d.ventas, 0),
