@@ -109,8 +109,7 @@ private slots:
 
     void servidorCaidoDaTextoVacio()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         QNetworkAccessManager nam;
         QCOMPARE(pedir(nam, [&] { return red::get(&nam, "datetime.php"); }), QString());
     }

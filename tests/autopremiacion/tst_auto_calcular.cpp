@@ -255,8 +255,7 @@ private slots:
 
     void sinListaDeSorteos()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         CapturaMensajes captura;
         auto d = abrir(false);
         QVERIFY(captura.esperar(2));

@@ -494,8 +494,7 @@ private slots:
 
     void servidorCaido()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         Dialogo d;
         CapturaMensajes captura;
         QVERIFY(d.consultarYEsperar());

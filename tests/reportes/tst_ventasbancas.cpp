@@ -244,8 +244,7 @@ private slots:
 
     void servidorCaido()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         Dialogo d;
         CapturaMensajes captura;
         QVERIFY(d.actualizarYEsperar());

@@ -13,6 +13,11 @@ Escenario::Escenario(Respuestas respuestas)
         srv.responder(r.first, r.second);
 }
 
+EscenarioSinServidor::EscenarioSinServidor()
+{
+    dir.apuntarA(ServidorPrueba::direccionSinServidor());
+}
+
 bool pulsarYEsperarRespuesta(QAbstractButton *boton, QNetworkAccessManager *red, int milisegundos)
 {
     qRegisterMetaType<QNetworkReply *>();

@@ -31,6 +31,14 @@ struct Escenario {
     DirectorioTrabajo dir;
 };
 
+// A working directory whose Tornavo.svr points at a port where nothing answers: the server is
+// down.
+struct EscenarioSinServidor {
+    EscenarioSinServidor();
+
+    DirectorioTrabajo dir;
+};
+
 // A scenario and a dialog of type D opened on it. The dialog goes before the server does.
 template <typename D> struct EscenarioDialogo : Escenario {
     using Escenario::Escenario;

@@ -250,8 +250,7 @@ private slots:
 
     void servidorCaido()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         CapturaMensajes captura;
         iniciar_sesion d;
         QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
