@@ -2,6 +2,7 @@
 #include "app/red.h"
 #include "app/sesion.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
 
@@ -44,53 +45,43 @@ private slots:
 
     void concatenacionLlegaTalCual()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("calcularpremios4.php", "cabecera\n");
+        Escenario e{{"calcularpremios4.php", "cabecera\n"}};
         QNetworkAccessManager nam;
         const QString texto = pedir(nam, [&] {
             return red::get(&nam, "calcularpremios4.php?&f=2026-11-22&j=1&s=10&a=05");
         });
         QCOMPARE(texto, QStringLiteral("cabecera\n"));
         QCOMPARE(
-            srv.peticiones(),
+            e.srv.peticiones(),
             QStringList{"/Tornavo/TornavoSU/calcularpremios4.php?&f=2026-11-22&j=1&s=10&a=05"});
     }
 
     void concatenacionNoCodificaDeMas()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         QNetworkAccessManager nam;
         pedir(nam, [&] { return red::get(&nam, "validarUser.php?u=ana maria&p=a'b\"c"); });
         // Only what a URL cannot carry is encoded; the rest travels as typed.
-        QCOMPARE(srv.peticiones().value(0),
+        QCOMPARE(e.srv.peticiones().value(0),
                  QStringLiteral("/Tornavo/TornavoSU/validarUser.php?u=ana%20maria&p=a'b%22c"));
     }
 
     void objetoConsulta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         QNetworkAccessManager nam;
         pedir(nam, [&] {
             return red::get(&nam, "resultadosJuego.php", {{"f", "2026-11-22"}, {"j", "3"}});
         });
-        QCOMPARE(srv.peticiones().value(0),
+        QCOMPARE(e.srv.peticiones().value(0),
                  QStringLiteral("/Tornavo/TornavoSU/resultadosJuego.php?f=2026-11-22&j=3"));
         QCOMPARE(red::urlPeticion("ventabancas2.php", {{"d", "2026-11-01"}, {"h", "2026-11-22"}}),
-                 srv.urlBase() + "ventabancas2.php?d=2026-11-01&h=2026-11-22");
+                 e.srv.urlBase() + "ventabancas2.php?d=2026-11-01&h=2026-11-22");
     }
 
     void cuerpoConNulSeCorta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", QByteArray("2026-11-22\nx\0basura", 19));
+        Escenario e{{"datetime.php", QByteArray("2026-11-22\nx\0basura", 19)}};
         QNetworkAccessManager nam;
         QCOMPARE(pedir(nam, [&] { return red::get(&nam, "datetime.php"); }),
                  QStringLiteral("2026-11-22\nx"));
@@ -98,11 +89,8 @@ private slots:
 
     void utf8SeLeeComoLatin1()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("bancasactivas.php", "1,Pe\xc3\xb1"
-                                           "a\n");
+        Escenario e{{"bancasactivas.php", "1,Pe\xc3\xb1"
+                                          "a\n"}};
         QNetworkAccessManager nam;
         const QString texto = pedir(nam, [&] { return red::get(&nam, "bancasactivas.php"); });
         QCOMPARE(texto.size(), 8);
@@ -121,8 +109,7 @@ private slots:
 
     void servidorCaidoDaTextoVacio()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         QNetworkAccessManager nam;
         QCOMPARE(pedir(nam, [&] { return red::get(&nam, "datetime.php"); }), QString());
     }
@@ -130,10 +117,7 @@ private slots:
     void cuerpoVacioMuestraNoHuboRespuesta()
     {
         // A handler written the way every dialog writes it: empty text → the message box.
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("cargarsorteos.php", "");
+        Escenario e{{"cargarsorteos.php", ""}};
         QWidget ventana;
         QNetworkAccessManager nam;
         CapturaMensajes captura;
@@ -230,11 +214,8 @@ private slots:
         // An error page carries a body; it is still no answer of the server's.
         QFETCH(int, codigo);
         QFETCH(QString, endpoint);
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder(endpoint, "<html><body>Internal Server Error</body></html>\n");
-        srv.estado(endpoint, codigo);
+        Escenario e{{endpoint, "<html><body>Internal Server Error</body></html>\n"}};
+        e.srv.estado(endpoint, codigo);
         QNetworkAccessManager nam;
         QByteArray bytes = "x";
         bool valida = true;
@@ -253,16 +234,14 @@ private slots:
         QCOMPARE(pedir(nam, [&] { return red::get(&nam, endpoint); }), QString());
 
         // The same body with 200 is an answer.
-        srv.estado(endpoint, 200);
+        e.srv.estado(endpoint, 200);
         QCOMPARE(pedir(nam, [&] { return red::get(&nam, endpoint); }),
                  QStringLiteral("<html><body>Internal Server Error</body></html>\n"));
     }
 
     void contextoViajaConLaRespuesta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         QNetworkAccessManager nam;
         QStringList visto;
         bool llego = false;

@@ -3,8 +3,11 @@
 #include "app/sesion.h"
 #include "autopremiacion/procesoscript.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/escenario.h"
+#include "tests/soporte/procesos.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
+#include "tests/soporte/tablas.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -55,17 +58,6 @@ QString ayer()
     return QDate::currentDate().addDays(-1).toString("yyyy-MM-dd");
 }
 
-// Alive and not a zombie.
-bool procesoVivo(qint64 pid)
-{
-    QFile f(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (pid <= 0 || !f.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray s = f.readAll();
-    const int p = s.lastIndexOf(')');
-    return p >= 0 && s.size() > p + 2 && s.at(p + 2) != 'Z';
-}
-
 QList<qint64> pidsEn(const QString &archivo)
 {
     QFile f(archivo);
@@ -102,15 +94,12 @@ QByteArray scriptConHijo(bool colgarse)
     return s;
 }
 
-// The fixture server with the demo clock and draw list, and a working directory pointing at it.
-struct Escena {
-    ServidorPrueba srv;
-    DirectorioTrabajo dir;
+// The fixture server with the demo clock and draw list (or `sorteos`), and a working directory
+// pointing at it.
+struct Escena : Escenario {
     explicit Escena(const QByteArray &sorteos = sorteosDemo)
+        : Escenario{{"datetime.php", relojDemo}, {"cargarsorteos.php", sorteos}}
     {
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteos);
     }
 };
 
@@ -134,14 +123,7 @@ class TstAutoCalcular : public QObject {
 
     static bool esperar(const std::function<bool()> &condicion, int ms = 10000)
     {
-        QElapsedTimer t;
-        t.start();
-        while (!condicion()) {
-            if (t.elapsed() > ms)
-                return false;
-            QTest::qWait(10);
-        }
-        return true;
+        return QTest::qWaitFor(condicion, ms);
     }
 
     // Asks for the results and waits for the reply.
@@ -149,14 +131,6 @@ class TstAutoCalcular : public QObject {
     {
         d.cargarResultados();
         return esperar([&] { return d.resultadosCargados; }, 5000);
-    }
-
-    static QStringList columna(QTableWidget *t, int c)
-    {
-        QStringList textos;
-        for (int f = 0; f < t->rowCount(); ++f)
-            textos.append(t->item(f, c) ? t->item(f, c)->text() : QString("<nada>"));
-        return textos;
     }
 
     template <class T> static T *hijo(auto_calcular &d, const char *nombre)
@@ -192,11 +166,7 @@ private slots:
 
     void formularioYArranque()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
+        Escena e;
         auto_calcular d;
         QCOMPARE(d.windowTitle(), QString::fromUtf8("Auto-premiación"));
         QCOMPARE(hijo<QLabel>(d, "label_mensaje")->text(), QStringLiteral("Cargando Sorteos..."));
@@ -229,27 +199,21 @@ private slots:
                 d.findChild<QLayout *>("horizontalLayout_3") &&
                 d.findChild<QLayout *>("verticalLayout") &&
                 d.findChild<QLayout *>("horizontalLayout"));
-        auto cabeceras = [](QTableWidget *t) {
-            QStringList h;
-            for (int c = 0; c < t->columnCount(); ++c)
-                h.append(t->horizontalHeaderItem(c)->text());
-            return h;
-        };
-        QCOMPARE(cabeceras(juegos), (QStringList{"Juego", "Auto"}));
+        QCOMPARE(encabezados(juegos), (QStringList{"Juego", "Auto"}));
         QCOMPARE(juegos->columnWidth(0), 130);
         QCOMPARE(juegos->columnWidth(1), 50);
-        QCOMPARE(cabeceras(resultados), (QStringList{"Sorteo", "Resultado", "Hora Calc"}));
+        QCOMPARE(encabezados(resultados), (QStringList{"Sorteo", "Resultado", "Hora Calc"}));
         QCOMPARE(resultados->columnWidth(0), 160);
         QCOMPARE(resultados->columnWidth(1), 110);
         QCOMPARE(resultados->columnWidth(2), resultados->horizontalHeader()->defaultSectionSize());
-        QCOMPARE(cabeceras(falta), QStringList{"Sorteos\npor premiar"});
+        QCOMPARE(encabezados(falta), QStringList{"Sorteos\npor premiar"});
         QCOMPARE(falta->columnWidth(0), 160);
-        QCOMPARE(cabeceras(txt), QStringList{"Archivo"});
+        QCOMPARE(encabezados(txt), QStringList{"Archivo"});
         QCOMPARE(txt->columnWidth(0), 230);
 
         QVERIFY(esperar([&] { return d.esperaActiva; }));
         // Two managers: the arrival order of the two requests is not fixed.
-        QStringList pedidas = srv.peticiones();
+        QStringList pedidas = e.srv.peticiones();
         pedidas.sort();
         QCOMPARE(pedidas, (QStringList{"/Tornavo/TornavoSU/cargarsorteos.php",
                                        "/Tornavo/TornavoSU/datetime.php"}));
@@ -258,22 +222,18 @@ private slots:
 
     void sorteosListanCadaJuegoUnaVez()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo + "5,Corto,50\n\n");
+        Escena e(sorteosDemo + "5,Corto,50\n\n");
         // Files left by earlier runs: those of automatic games go, the others stay.
-        dir.escribir("lotto.txt", hoy().toUtf8() + "\n1,10,25\n");
-        dir.escribir("ruleta.txt", "x");
-        dir.escribir("granja.txt", "y");
-        dir.escribir("triple.txt", "z");
+        e.dir.escribir("lotto.txt", hoy().toUtf8() + "\n1,10,25\n");
+        e.dir.escribir("ruleta.txt", "x");
+        e.dir.escribir("granja.txt", "y");
+        e.dir.escribir("triple.txt", "z");
         auto d = abrir();
         QVERIFY(d->esperaActiva);
         auto juegos = hijo<QTableWidget>(*d, "tableWidget_juegos");
-        QCOMPARE(columna(juegos, 0),
+        QCOMPARE(textosColumna(juegos, 0),
                  (QStringList{"Lotto Activo", "La Granja", "Triple", "Ruleta", "Corto"}));
-        QCOMPARE(columna(juegos, 1), (QStringList{"X", "x", "", "X", ""}));
+        QCOMPARE(textosColumna(juegos, 1), (QStringList{"X", "x", "", "X", ""}));
         QCOMPARE(d->listasJuego.clavesJuego, (QStringList{"1", "2", "3", "4", "5"}));
         QCOMPARE(d->listasJuego.juegoAuto, (QStringList{"X", "x", "", "X", ""}));
         QCOMPARE(d->listasJuego.juegoScript,
@@ -283,7 +243,7 @@ private slots:
         QCOMPARE(d->listasSorteo.cantidad(), 6);
         QCOMPARE(d->listasSorteo.sorteoClave, (QStringList{"10", "11", "20", "30", "40", "50"}));
         QCOMPARE(
-            columna(hijo<QTableWidget>(*d, "tableWidget_falta"), 0),
+            textosColumna(hijo<QTableWidget>(*d, "tableWidget_falta"), 0),
             (QStringList{"Lotto Activo-10:00 AM", "Lotto Activo-11:00 AM", "La Granja-10:00 AM",
                          "Triple-12:00 PM", "Ruleta-1:00 PM", "Corto-"}));
         QVERIFY(!QFile::exists("lotto.txt"));
@@ -295,8 +255,7 @@ private slots:
 
     void sinListaDeSorteos()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         CapturaMensajes captura;
         auto d = abrir(false);
         QVERIFY(captura.esperar(2));
@@ -326,11 +285,7 @@ private slots:
 
     void relojDelServidor()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
+        Escena e;
         CapturaMensajes captura;
         auto d = std::make_unique<auto_calcular>();
         // The dialog set the shared clock to the local time.
@@ -344,11 +299,7 @@ private slots:
 
     void relojVacioAvisa()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", "");
-        srv.responder("cargarsorteos.php", sorteosDemo);
+        Escenario e{{"datetime.php", ""}, {"cargarsorteos.php", sorteosDemo}};
         CapturaMensajes captura;
         auto d = abrir();
         QVERIFY(captura.esperar(1));
@@ -361,12 +312,8 @@ private slots:
 
     void relojParpadeaYEsperaRebota()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
-        srv.demorar("cargarsorteos.php", 300);
+        Escena e;
+        e.srv.demorar("cargarsorteos.php", 300);
         auto d = abrir(false);
         auto hora = hijo<QLineEdit>(*d, "lineEdit_hora");
         auto contador = hijo<QLineEdit>(*d, "lineEdit_contador");
@@ -390,30 +337,27 @@ private slots:
 
     void resultadosSacanSorteosDeLaEspera()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
-        srv.responder("cargarresultados.php", "1,Lotto Activo,,10,10:00 AM,25,Gallina,10:05:09\n"
-                                              "3,Triple,X,30,12:00 PM,123,,14:05:00\n"
-                                              "9,Otro,,90,9:00 AM,7,Perro,09:01:00\n");
+        Escena e;
+        e.srv.responder("cargarresultados.php", "1,Lotto Activo,,10,10:00 AM,25,Gallina,10:05:09\n"
+                                                "3,Triple,X,30,12:00 PM,123,,14:05:00\n"
+                                                "9,Otro,,90,9:00 AM,7,Perro,09:01:00\n");
         auto d = abrir();
         QVERIFY(recargar(*d));
         auto resultados = hijo<QTableWidget>(*d, "tableWidget_resultados");
-        QCOMPARE(columna(resultados, 0),
+        QCOMPARE(textosColumna(resultados, 0),
                  (QStringList{"Lotto Activo 10:00 AM", "Triple 12:00 PM", "Otro 9:00 AM"}));
-        QCOMPARE(columna(resultados, 1), (QStringList{"25-Gallina", "123", "7-Perro"}));
-        QCOMPARE(columna(resultados, 2), (QStringList{"10:05 a. m.", "2:05 p. m.", "9:01 a. m."}));
+        QCOMPARE(textosColumna(resultados, 1), (QStringList{"25-Gallina", "123", "7-Perro"}));
+        QCOMPARE(textosColumna(resultados, 2),
+                 (QStringList{"10:05 a. m.", "2:05 p. m.", "9:01 a. m."}));
         // The result with no draw only adds its row.
-        QCOMPARE(columna(hijo<QTableWidget>(*d, "tableWidget_falta"), 0),
+        QCOMPARE(textosColumna(hijo<QTableWidget>(*d, "tableWidget_falta"), 0),
                  (QStringList{"Lotto Activo-11:00 AM", "La Granja-10:00 AM", "Ruleta-1:00 PM"}));
         QCOMPARE(d->listasResultado.resultadoClaveSorteo, (QStringList{"10", "30", "90"}));
-        QCOMPARE(srv.peticionesA("cargarresultados.php"),
+        QCOMPARE(e.srv.peticionesA("cargarresultados.php"),
                  QStringList{"/Tornavo/TornavoSU/cargarresultados.php"});
 
         // An empty reply: no results and every draw waiting again.
-        srv.responder("cargarresultados.php", "");
+        e.srv.responder("cargarresultados.php", "");
         QVERIFY(recargar(*d));
         QCOMPARE(resultados->rowCount(), 0);
         QCOMPARE(hijo<QTableWidget>(*d, "tableWidget_falta")->rowCount(), 5);
@@ -421,37 +365,31 @@ private slots:
 
     void resultadosIlegiblesGrisean()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
-        srv.responder("cargarresultados.php", "1,Lotto Activo,,10,10:00 AM,25,Gallina,10:05:09\n");
+        Escena e;
+        e.srv.responder("cargarresultados.php",
+                        "1,Lotto Activo,,10,10:00 AM,25,Gallina,10:05:09\n");
         CapturaMensajes captura;
         auto d = abrir();
         QVERIFY(recargar(*d));
         auto resultados = hijo<QTableWidget>(*d, "tableWidget_resultados");
         QVERIFY(resultados->isEnabled());
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        e.dir.apuntarA(ServidorPrueba::direccionSinServidor());
         QVERIFY(recargar(*d));
         QVERIFY(!resultados->isEnabled());
-        QCOMPARE(columna(resultados, 0), QStringList{"Lotto Activo 10:00 AM"});
+        QCOMPARE(textosColumna(resultados, 0), QStringList{"Lotto Activo 10:00 AM"});
         QCOMPARE(hijo<QTableWidget>(*d, "tableWidget_falta")->rowCount(), 4);
         QCOMPARE(captura.cantidad(), 0);
         // The server answers again: the table is back in use.
-        dir.apuntarA(srv.direccion());
+        e.dir.apuntarA(e.srv.direccion());
         QVERIFY(recargar(*d));
         QVERIFY(resultados->isEnabled());
     }
 
     void pasadaMedianocheSeVacianResultados()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
-        srv.responder("cargarresultados.php", "1,Lotto Activo,,10,10:00 AM,25,Gallina,10:05:09\n");
+        Escena e;
+        e.srv.responder("cargarresultados.php",
+                        "1,Lotto Activo,,10,10:00 AM,25,Gallina,10:05:09\n");
         auto d = abrir();
         QVERIFY(recargar(*d));
         auto resultados = hijo<QTableWidget>(*d, "tableWidget_resultados");
@@ -459,7 +397,7 @@ private slots:
         // Loaded yesterday; the session is on today.
         d->fechaResultados = QDate::currentDate().addDays(-1);
         SesionGlobal::fechaActual = QDate::currentDate();
-        srv.demorar("cargarresultados.php", 300);
+        e.srv.demorar("cargarresultados.php", 300);
         d->cargarResultados();
         QCOMPARE(resultados->rowCount(), 0);
         QCOMPARE(d->listasResultado.cantidad(), 0);
@@ -475,16 +413,12 @@ private slots:
 
     void tresJuegosEnOrdenYVuelta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", "1,Uno,10,10:00 AM,10:00:00,1/30,X,a\n"
-                                           "2,Dos,20,10:00 AM,10:00:00,1/30,X,b\n"
-                                           "3,Tres,30,10:00 AM,10:00:00,1/30,X,c\n"
-                                           "1,Uno,11,11:00 AM,11:00:00,1/30,X,a\n");
+        Escena e("1,Uno,10,10:00 AM,10:00:00,1/30,X,a\n"
+                 "2,Dos,20,10:00 AM,10:00:00,1/30,X,b\n"
+                 "3,Tres,30,10:00 AM,10:00:00,1/30,X,c\n"
+                 "1,Uno,11,11:00 AM,11:00:00,1/30,X,a\n");
         for (const char *n : {"a", "b", "c"})
-            dir.escribir(QString(n) + ".py", scriptQueAnota(n));
+            e.dir.escribir(QString(n) + ".py", scriptQueAnota(n));
         auto d = abrir();
         QCOMPARE(d->listaScripts, (QStringList{"a.py", "b.py", "c.py"}));
         QStringList etiquetas;
@@ -500,17 +434,13 @@ private slots:
         QCOMPARE(indices, (QList<int>{1, 2, 0, 1}));
         QCOMPARE(leer("orden.log"), QStringLiteral("a\nb\nc\na\n"));
         // Every step also asks for the results.
-        QVERIFY(esperar([&] { return srv.peticionesA("cargarresultados.php").size() == 4; }));
+        QVERIFY(esperar([&] { return e.srv.peticionesA("cargarresultados.php").size() == 4; }));
     }
 
     void guionColgadoSeMataYSeReintenta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", "4,Ruleta,40,1:00 PM,13:00:00,1/36,X,colgado\n");
-        dir.escribir("colgado.py", scriptConHijo(true));
+        Escena e("4,Ruleta,40,1:00 PM,13:00:00,1/36,X,colgado\n");
+        e.dir.escribir("colgado.py", scriptConHijo(true));
         auto d = abrir();
         auto mensaje = hijo<QLabel>(*d, "label_mensaje");
 
@@ -551,14 +481,10 @@ private slots:
 
     void colgadoCedeSuTurnoAlSiguiente()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", "1,Uno,10,10:00 AM,10:00:00,1/30,X,colgado\n"
-                                           "2,Dos,20,10:00 AM,10:00:00,1/30,X,b\n");
-        dir.escribir("colgado.py", scriptConHijo(true));
-        dir.escribir("b.py", scriptQueAnota("b"));
+        Escena e("1,Uno,10,10:00 AM,10:00:00,1/30,X,colgado\n"
+                 "2,Dos,20,10:00 AM,10:00:00,1/30,X,b\n");
+        e.dir.escribir("colgado.py", scriptConHijo(true));
+        e.dir.escribir("b.py", scriptQueAnota("b"));
         auto d = abrir();
         auto mensaje = hijo<QLabel>(*d, "label_mensaje");
         d->pyExe();
@@ -579,12 +505,8 @@ private slots:
 
     void hijosDeUnGuionTerminadoNoQuedan()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", "4,Ruleta,40,1:00 PM,13:00:00,1/36,X,deja\n");
-        dir.escribir("deja.py", scriptConHijo(false));
+        Escena e("4,Ruleta,40,1:00 PM,13:00:00,1/36,X,deja\n");
+        e.dir.escribir("deja.py", scriptConHijo(false));
         auto d = abrir();
         d->pyExe();
         QVERIFY(esperar([] { return pidsEn("hijo.pid").size() == 1; }));
@@ -595,15 +517,11 @@ private slots:
 
     void guionQueNoArrancaOCae()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", "1,Uno,10,10:00 AM,10:00:00,1/30,X,cae\n"
-                                           "2,Dos,20,10:00 AM,10:00:00,1/30,X,falta\n"
-                                           "3,Tres,30,10:00 AM,10:00:00,1/30,X,b\n");
-        dir.escribir("cae.py", "import os, signal\nos.kill(os.getpid(), signal.SIGSEGV)\n");
-        dir.escribir("b.py", scriptQueAnota("b"));
+        Escena e("1,Uno,10,10:00 AM,10:00:00,1/30,X,cae\n"
+                 "2,Dos,20,10:00 AM,10:00:00,1/30,X,falta\n"
+                 "3,Tres,30,10:00 AM,10:00:00,1/30,X,b\n");
+        e.dir.escribir("cae.py", "import os, signal\nos.kill(os.getpid(), signal.SIGSEGV)\n");
+        e.dir.escribir("b.py", scriptQueAnota("b"));
         auto d = abrir();
         auto mensaje = hijo<QLabel>(*d, "label_mensaje");
         // A crash and a script file that is not there: the cycle moves on.
@@ -629,21 +547,17 @@ private slots:
 
     void archivosBasuraNoRompenNada()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", "1,Uno,10,10:00 AM,10:00:00,1/30,X,basura\n"
-                                           "2,Dos,20,10:00 AM,10:00:00,1/30,X,enorme\n"
-                                           "3,Tres,30,10:00 AM,10:00:00,1/30,X,vacio\n"
-                                           "4,Cuatro,40,10:00 AM,10:00:00,1/30,X,tubo\n");
-        dir.escribir("basura.py",
-                     "import os\nopen('basura.txt', 'wb').write(os.urandom(200000))\n");
-        dir.escribir("enorme.py", "import datetime\n"
-                                  "f = open('enorme.txt', 'w')\n"
-                                  "f.write(datetime.date.today().isoformat() + '\\n')\n"
-                                  "f.write('2,20,' + '9' * 30000000)\n");
-        dir.escribir("vacio.py", "open('vacio.txt', 'w')\n");
+        Escena e("1,Uno,10,10:00 AM,10:00:00,1/30,X,basura\n"
+                 "2,Dos,20,10:00 AM,10:00:00,1/30,X,enorme\n"
+                 "3,Tres,30,10:00 AM,10:00:00,1/30,X,vacio\n"
+                 "4,Cuatro,40,10:00 AM,10:00:00,1/30,X,tubo\n");
+        e.dir.escribir("basura.py",
+                       "import os\nopen('basura.txt', 'wb').write(os.urandom(200000))\n");
+        e.dir.escribir("enorme.py", "import datetime\n"
+                                    "f = open('enorme.txt', 'w')\n"
+                                    "f.write(datetime.date.today().isoformat() + '\\n')\n"
+                                    "f.write('2,20,' + '9' * 30000000)\n");
+        e.dir.escribir("vacio.py", "open('vacio.txt', 'w')\n");
         auto d = abrir();
         // Each step reads and deletes the file the previous script left.
         const QStringList archivos{"basura.txt", "enorme.txt", "vacio.txt"};
@@ -663,31 +577,27 @@ private slots:
                 !QFile::exists("vacio.txt") && !QFile::exists("tubo.txt"));
         QVERIFY(recargar(*d));
         QTest::qWait(200);
-        QVERIFY(srv.peticionesA("autopremiar.php").isEmpty());
+        QVERIFY(e.srv.peticionesA("autopremiar.php").isEmpty());
         QVERIFY(registro(*d).isEmpty());
     }
 
     void calcularPremiaLoNuevo()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
-        srv.responder("cargarresultados.php", "1,Lotto Activo,,11,11:00 AM,07,Perico,11:02:00\n");
-        srv.responder("autopremiar.php", "1\n");
+        Escena e;
+        e.srv.responder("cargarresultados.php", "1,Lotto Activo,,11,11:00 AM,07,Perico,11:02:00\n");
+        e.srv.responder("autopremiar.php", "1\n");
         auto d = abrir();
         QVERIFY(recargar(*d));
         horaActual = QTime(15, 5, 40);
         SesionGlobal::fechaActual = QDate(2001, 1, 1);
         // Lotto: an unknown draw first (no label yet), a new one, one already published
         // with another value, an empty result, an unknown draw again.
-        dir.escribir("lotto.txt", hoy().toUtf8() + "\n7,70,33\n1,10,25,extra\n1,11,99\n"
-                                                   "1,12,\n9,99,01\n");
+        e.dir.escribir("lotto.txt", hoy().toUtf8() + "\n7,70,33\n1,10,25,extra\n1,11,99\n"
+                                                     "1,12,\n9,99,01\n");
         // Ruleta: an unknown draw keeps the label of the previous file's last match.
-        dir.escribir("ruleta.txt", hoy().toUtf8() + "\r\n4,41,05\r\n4,40,36\r\n");
+        e.dir.escribir("ruleta.txt", hoy().toUtf8() + "\r\n4,41,05\r\n4,40,36\r\n");
         // Granja is not automatic ("x"): its file is neither read nor deleted.
-        dir.escribir("granja.txt", hoy().toUtf8() + "\n2,20,12\n");
+        e.dir.escribir("granja.txt", hoy().toUtf8() + "\n2,20,12\n");
         d->calcular();
         QCOMPARE(SesionGlobal::fechaActual, QDate::currentDate());
         QVERIFY(!QFile::exists("lotto.txt") && !QFile::exists("ruleta.txt"));
@@ -698,8 +608,8 @@ private slots:
                               "<3:05 p. m.> Premiando :", "Lotto Activo-10:00 AM -> 01",
                               "<3:05 p. m.> Premiando :", "Lotto Activo-10:00 AM -> 05",
                               "<3:05 p. m.> Premiando :", "Ruleta-1:00 PM -> 36"}));
-        QVERIFY(esperar([&] { return srv.peticionesA("autopremiar.php").size() == 5; }));
-        QStringList pedidas = srv.peticionesA("autopremiar.php");
+        QVERIFY(esperar([&] { return e.srv.peticionesA("autopremiar.php").size() == 5; }));
+        QStringList pedidas = e.srv.peticionesA("autopremiar.php");
         pedidas.sort();
         QCOMPARE(pedidas, (QStringList{"/Tornavo/TornavoSU/autopremiar.php?&j=1&s=10&a=25",
                                        "/Tornavo/TornavoSU/autopremiar.php?&j=4&s=40&a=36",
@@ -710,35 +620,27 @@ private slots:
         d->calcular();
         QVERIFY(recargar(*d));
         QTest::qWait(200);
-        QCOMPARE(srv.peticionesA("autopremiar.php").size(), 5);
+        QCOMPARE(e.srv.peticionesA("autopremiar.php").size(), 5);
     }
 
     void archivoDeAyerSeBorraSinPedir()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
+        Escena e;
         auto d = abrir();
-        dir.escribir("lotto.txt", ayer().toUtf8() + "\n1,10,25\n");
-        dir.escribir("ruleta.txt", hoy().toUtf8() + "\n");
+        e.dir.escribir("lotto.txt", ayer().toUtf8() + "\n1,10,25\n");
+        e.dir.escribir("ruleta.txt", hoy().toUtf8() + "\n");
         d->calcular();
         QVERIFY(!QFile::exists("lotto.txt"));
         QVERIFY(!QFile::exists("ruleta.txt"));
         QVERIFY(recargar(*d));
         QTest::qWait(200);
-        QVERIFY(srv.peticionesA("autopremiar.php").isEmpty());
+        QVERIFY(e.srv.peticionesA("autopremiar.php").isEmpty());
         QVERIFY(registro(*d).isEmpty());
     }
 
     void ejecutarPythonSoloEnHorario()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
+        Escena e;
         auto d = abrir();
         SesionGlobal::fechaActual = QDate(2001, 1, 1);
         const QList<QPair<QTime, QStringList>> casos = {
@@ -759,7 +661,7 @@ private slots:
         d->ejecutarPython();
         d->indiceScript = 1;
         d->listaScripts = QStringList{"lotto.py"};
-        dir.escribir("lotto.py", scriptQueAnota("lotto"));
+        e.dir.escribir("lotto.py", scriptQueAnota("lotto"));
         d->pyExe();
         QCOMPARE(hijo<QLabel>(*d, "label_mensaje")->text(), QStringLiteral("Ejecutando lotto.py"));
         QVERIFY(esperar([&] { return !d->proceso->abierto(); }));
@@ -767,38 +669,30 @@ private slots:
 
     void tablaDeArchivos()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", "3,Triple,30,12:00 PM,12:00:00,1/600,,triple\n");
+        Escena e("3,Triple,30,12:00 PM,12:00:00,1/600,,triple\n");
         auto d = abrir();
-        dir.escribir("a.txt", "1");
-        dir.escribir("B.TXT", "2");
-        dir.escribir("notas.csv", "3");
+        e.dir.escribir("a.txt", "1");
+        e.dir.escribir("B.TXT", "2");
+        e.dir.escribir("notas.csv", "3");
         QVERIFY(QDir().mkdir("carpeta.txt"));
         auto txt = hijo<QTableWidget>(*d, "tableWidget_txt");
         d->listFilesTXT();
         d->listFilesTXT();
-        QStringList nombres = columna(txt, 0);
+        QStringList nombres = textosColumna(txt, 0);
         nombres.sort();
         QCOMPARE(nombres, (QStringList{"B.TXT", "a.txt"}));
         QFile::remove("a.txt");
         d->listFilesTXT();
-        QCOMPARE(columna(txt, 0), QStringList{"B.TXT"});
+        QCOMPARE(textosColumna(txt, 0), QStringList{"B.TXT"});
         // The 200 ms timer does it by itself.
-        dir.escribir("c.txt", "4");
+        e.dir.escribir("c.txt", "4");
         d->temporizadorArchivos->start();
         QVERIFY(esperar([&] { return txt->rowCount() == 2; }, 3000));
     }
 
     void difuminarYSalir()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
+        Escena e;
         auto d = abrir();
         QVERIFY(QMetaObject::invokeMethod(d.get(), "blurred", Q_ARG(bool, true)));
         auto efecto = qobject_cast<QGraphicsBlurEffect *>(d->graphicsEffect());
@@ -814,15 +708,11 @@ private slots:
 
     void cicloCompletoConElServidorDePrueba()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("datetime.php", relojDemo);
-        srv.responder("cargarsorteos.php", sorteosDemo);
+        Escena e;
         // The fixture publishes what it is asked to award.
         auto publicados = std::make_shared<QStringList>();
         auto candado = std::make_shared<std::mutex>();
-        srv.responderCon("autopremiar.php", [=](const QString &objetivo) {
+        e.srv.responderCon("autopremiar.php", [=](const QString &objetivo) {
             const QString j = objetivo.section("&j=", 1).section('&', 0, 0);
             const QString s = objetivo.section("&s=", 1).section('&', 0, 0);
             const QString a = objetivo.section("&a=", 1).section('&', 0, 0);
@@ -830,28 +720,28 @@ private slots:
             publicados->append(j + ",Lotto Activo,," + s + ",10:00 AM," + a + ",Gallina,15:00:00");
             return QByteArray("1\n");
         });
-        srv.responderCon("cargarresultados.php", [=](const QString &) {
+        e.srv.responderCon("cargarresultados.php", [=](const QString &) {
             std::lock_guard<std::mutex> l(*candado);
             return publicados->join('\n').toLatin1();
         });
-        dir.escribir("lotto.py", "import datetime\n"
-                                 "open('lotto.txt', 'w').write(datetime.date.today().isoformat()"
-                                 " + '\\n1,10,25\\n')\n");
-        dir.escribir("ruleta.py", "pass\n");
+        e.dir.escribir("lotto.py", "import datetime\n"
+                                   "open('lotto.txt', 'w').write(datetime.date.today().isoformat()"
+                                   " + '\\n1,10,25\\n')\n");
+        e.dir.escribir("ruleta.py", "pass\n");
         auto d = abrir();
         auto falta = hijo<QTableWidget>(*d, "tableWidget_falta");
-        QVERIFY(columna(falta, 0).contains("Lotto Activo-10:00 AM"));
+        QVERIFY(textosColumna(falta, 0).contains("Lotto Activo-10:00 AM"));
         d->pyExe(); // starts lotto.py
         QVERIFY(esperar([&] { return !d->proceso->abierto(); }));
         QVERIFY(esperar([&] { return d->resultadosCargados; }));
         d->pyExe(); // starts ruleta.py, reads lotto.txt, awards
-        QVERIFY(esperar([&] { return srv.peticionesA("autopremiar.php").size() == 1; }));
-        QCOMPARE(srv.peticionesA("autopremiar.php").value(0),
+        QVERIFY(esperar([&] { return e.srv.peticionesA("autopremiar.php").size() == 1; }));
+        QCOMPARE(e.srv.peticionesA("autopremiar.php").value(0),
                  QStringLiteral("/Tornavo/TornavoSU/autopremiar.php?&j=1&s=10&a=25"));
         QVERIFY(esperar([&] { return !d->proceso->abierto(); }));
         QVERIFY(recargar(*d));
-        QVERIFY(!columna(falta, 0).contains("Lotto Activo-10:00 AM"));
-        QCOMPARE(columna(hijo<QTableWidget>(*d, "tableWidget_resultados"), 0),
+        QVERIFY(!textosColumna(falta, 0).contains("Lotto Activo-10:00 AM"));
+        QCOMPARE(textosColumna(hijo<QTableWidget>(*d, "tableWidget_resultados"), 0),
                  QStringList{"Lotto Activo 10:00 AM"});
         QCOMPARE(registro(*d).value(1), QStringLiteral("Lotto Activo-10:00 AM -> 25"));
         // The same line written again is now skipped as already awarded.
@@ -862,7 +752,7 @@ private slots:
         QVERIFY(!QFile::exists("lotto.txt"));
         QVERIFY(recargar(*d));
         QTest::qWait(200);
-        QCOMPARE(srv.peticionesA("autopremiar.php").size(), 1);
+        QCOMPARE(e.srv.peticionesA("autopremiar.php").size(), 1);
     }
 
     void guionFueraDeSuCarpetaNoSeUsa()
@@ -963,7 +853,7 @@ private slots:
         QVERIFY(esperar([&] { return pedidas.load() == 1; }));
         d->cargarResultados();
         QVERIFY(esperar([&] { return atendidas == 2; }));
-        QCOMPARE(columna(hijo<QTableWidget>(*d, "tableWidget_resultados"), 0),
+        QCOMPARE(textosColumna(hijo<QTableWidget>(*d, "tableWidget_resultados"), 0),
                  QStringList{"Lotto Activo 10:00 AM"});
         QCOMPARE(d->listasSorteo.sorteoResultado.value(0), QStringLiteral("25"));
     }

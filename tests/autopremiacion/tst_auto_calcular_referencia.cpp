@@ -30,14 +30,7 @@ QStringList opcionesServidor()
 
 bool esperar(const std::function<bool()> &condicion, int ms)
 {
-    QElapsedTimer t;
-    t.start();
-    while (!condicion()) {
-        if (t.elapsed() > ms)
-            return false;
-        QTest::qWait(20);
-    }
-    return true;
+    return QTest::qWaitFor(condicion, ms);
 }
 
 // Opens the server session for this address, as the console's login does.

@@ -3,7 +3,9 @@
 #include "app/formato.h"
 #include "app/sesion.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
+#include "tests/soporte/respuestas.h"
 #include "tests/soporte/servidorprueba.h"
 
 #include <QBuffer>
@@ -27,21 +29,10 @@ namespace {
 
 // Games: an animal game, a game flagged "X" with three-digit results, a "T" game, and a second
 // animal game that only "root" or its own code lets in.
-const QByteArray sorteosFixture =
-    QString::fromUtf8("1;Lotto Activo;;0,00,01,02,05,10;Delfín,Ballena,Carnero,"
-                      "Toro,León,Tigre;A\n"
-                      "2;Triple A;X;;;N\n"
-                      "4;Terminal;;;;T\n"
-                      "LG;La Granjita;;05,06;Mono,Gato;A\n"
-                      "_FIN_\n"
-                      "1;10;10AM\n"
-                      "1;11;11AM\n"
-                      "2;20;1PM\n"
-                      "1;12;12PM\n"
-                      "2;21;4PM\n"
-                      "4;40;7PM\n"
-                      "LG;50;9AM\n")
-        .toLatin1();
+const QByteArray sorteosFixture = respuestaSorteosPremiar(
+    {"1;Lotto Activo;;0,00,01,02,05,10;Delfín,Ballena,Carnero,Toro,León,Tigre;A",
+     "2;Triple A;X;;;N", "4;Terminal;;;;T", "LG;La Granjita;;05,06;Mono,Gato;A"},
+    {"1;10;10AM", "1;11;11AM", "2;20;1PM", "1;12;12PM", "2;21;4PM", "4;40;7PM", "LG;50;9AM"});
 
 const QDate hoy(2026, 11, 22);
 
@@ -64,56 +55,77 @@ void recogerAvisos(QtMsgType tipo, const QMessageLogContext &, const QString &te
         avisosVistos.append(texto);
 }
 
+// Data rows of the error statuses a failing server answers with.
+void codigosDeError()
+{
+    QTest::addColumn<int>("codigo");
+    QTest::newRow("500") << 500;
+    QTest::newRow("404") << 404;
+}
+
 } // namespace
 
-// Everything one test needs: the fixture server, a working directory pointing at it, the session
-// of a root user and the dialog, shown, with its games loaded.
-struct Banco {
-    ServidorPrueba srv;
-    DirectorioTrabajo dir;
-    std::unique_ptr<calcularpremios2> dlg;
-
-    Banco() { dir.apuntarA(srv.direccion()); }
-    ~Banco() { dlg.reset(); }
+// Everything one test needs: the fixture server answering the fixture's games, a working
+// directory pointing at it, the session of a root user and the dialog, shown, with its games
+// loaded.
+struct Banco : EscenarioDialogo<calcularpremios2> {
+    Banco() : EscenarioDialogo{{"sorteospremiar3.php", sorteosFixture}} {}
 
     bool abrir()
     {
-        dlg = std::make_unique<calcularpremios2>();
-        // Connected after the dialog's own handlers: a URL is listed once the dialog handled it.
-        for (QNetworkAccessManager *m : dlg->findChildren<QNetworkAccessManager *>())
-            QObject::connect(m, &QNetworkAccessManager::finished, dlg.get(),
-                             [this](QNetworkReply *r) { atendidas.append(r->url().toString()); });
-        dlg->show();
+        crear().show();
         return QTest::qWaitFor([&] { return lista()->count() > 0; }, 5000);
     }
 
-    // URLs of the replies the dialog has handled, in the order it handled them.
-    QStringList atendidas;
-
-    // Waits until the dialog has handled a reply whose URL contains `parte`.
-    bool esperarAtendida(const QString &parte, int ms = 10000)
+    // The dialog open with `resultados` as the draws' results.
+    bool abrirCon(const QByteArray &resultados)
     {
-        return QTest::qWaitFor(
-            [&] {
-                for (const QString &u : qAsConst(atendidas))
-                    if (u.contains(parte))
-                        return true;
-                return false;
-            },
-            ms);
+        srv.responder("resultadosJuego.php", resultados);
+        return abrir();
     }
 
-    // The usual start: the fixture's games, `resultados` as the draws' results, the dialog open
-    // and the first game clicked.
-    bool abrirEnPrimerJuego(const QByteArray &resultados);
-
-    template <typename T> T *w(const char *nombre) const
+    // The usual start: the dialog open with `resultados` and the first game clicked.
+    bool abrirEnPrimerJuego(const QByteArray &resultados)
     {
-        T *widget = dlg->findChild<T *>(QString::fromLatin1(nombre));
-        if (!widget)
-            qFatal("no widget %s", nombre);
-        return widget;
+        return abrirCon(resultados) && clicJuego(0);
     }
+
+    // The dialog open with no results yet, and 05 calculated on the first draw (10AM) with
+    // `respuesta`.
+    bool abrirYCalcularLeon(const QByteArray &respuesta)
+    {
+        return abrirCon("\n") && calcularLeon(respuesta);
+    }
+
+    // Presses `boton`, answers its confirmation with `respuesta`, and waits until `cajas` boxes
+    // were seen.
+    bool confirmar(QPushButton *boton, CapturaMensajes &captura, const char *respuesta, int cajas)
+    {
+        captura.responder(QString::fromUtf8(respuesta));
+        QTest::mouseClick(boton, Qt::LeftButton);
+        return captura.esperar(cajas);
+    }
+
+    // 05 calculated on draw 10AM with `calculo`, its publication confirmed and the server
+    // answering `respuesta`; true once the box telling the outcome was seen.
+    bool publicarLeon(CapturaMensajes &captura, const QByteArray &respuesta,
+                      const QByteArray &calculo)
+    {
+        srv.responder("publicarPremios2.php", respuesta);
+        return abrirYCalcularLeon(calculo) && confirmar(bPublicar(), captura, "Publicar", 2);
+    }
+
+    // Draw 10AM published as 05, its undo confirmed and the server answering `respuesta`; true
+    // once the box telling the outcome was seen.
+    bool deshacerDiez(CapturaMensajes &captura, const QByteArray &respuesta)
+    {
+        srv.responder("deshacerpremios.php", respuesta);
+        if (!abrirEnPrimerJuego("10,05\n"))
+            return false;
+        clicSorteo(0);
+        return confirmar(bDeshacer(), captura, "Deshacer", 2);
+    }
+
     QListWidget *lista() const { return w<QListWidget>("listWidget_juegos"); }
     QTableWidget *sorteos() const { return w<QTableWidget>("tableWidget_sorteos"); }
     QTableWidget *calculo() const { return w<QTableWidget>("tableWidget_calculo"); }
@@ -190,13 +202,6 @@ struct Banco {
     }
 };
 
-bool Banco::abrirEnPrimerJuego(const QByteArray &resultados)
-{
-    srv.responder("sorteospremiar3.php", sorteosFixture);
-    srv.responder("resultadosJuego.php", resultados);
-    return abrir() && clicJuego(0);
-}
-
 class TstCalcularPremios2 : public QObject {
     Q_OBJECT
 
@@ -225,10 +230,8 @@ private slots:
     void construccion()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
         b.srv.demorar("sorteospremiar3.php", 400);
-        b.dlg = std::make_unique<calcularpremios2>();
-        b.dlg->show();
+        b.crear().show();
 
         QCOMPARE(b.dlg->windowTitle(), QStringLiteral("Calcular Premios"));
         QCOMPARE(b.dlg->size(), QSize(1020, 700));
@@ -283,7 +286,6 @@ private slots:
         SesionGlobal::tablaAux9 = {"X"};
         SesionGlobal::tablaAux10 = {"N"};
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
         QVERIFY(b.abrir());
         QCOMPARE(SesionGlobal::tablaClaves.size(), std::size_t(4));
         QCOMPARE(SesionGlobal::tablaClaves.front(), QStringLiteral("1"));
@@ -294,8 +296,7 @@ private slots:
         Banco b;
         b.srv.responder("sorteospremiar3.php", "");
         CapturaMensajes captura;
-        b.dlg = std::make_unique<calcularpremios2>();
-        b.dlg->show();
+        b.crear().show();
         QVERIFY(captura.esperar(1));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Error"));
@@ -328,9 +329,7 @@ private slots:
         QFETCH(QStringList, vistos);
         SesionGlobal::juegos = juegos;
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.dlg = std::make_unique<calcularpremios2>();
-        b.dlg->show();
+        b.crear().show();
         QTRY_COMPARE_WITH_TIMEOUT(b.calcular()->text(), QString(), 5000);
         QStringList mostrados;
         for (int i = 0; i < b.lista()->count(); ++i)
@@ -379,7 +378,6 @@ private slots:
     void resultadosSinNombre()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
         b.srv.responderCon("resultadosJuego.php", [](const QString &objetivo) -> QByteArray {
             if (objetivo.endsWith("j=2"))
                 return "20,123\n";
@@ -418,9 +416,7 @@ private slots:
     void resultadosSinRespuesta()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "");
-        QVERIFY(b.abrir());
+        QVERIFY(b.abrirCon(""));
         CapturaMensajes captura;
         QVERIFY(b.clicJuego(0));
         QVERIFY(captura.esperar(1));
@@ -462,7 +458,6 @@ private slots:
     void reloj()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
         QVERIFY(b.abrir());
         horaActual = QTime(9, 4, 7);
         QTRY_COMPARE_WITH_TIMEOUT(b.hora()->text(), QStringLiteral("9:04:07 a. m."), 2000);
@@ -476,11 +471,8 @@ private slots:
     void animalSeRellena()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
         b.dir.escribir("animales/Lotto Activo/05.png", pngDiminuto(Qt::red, 200, 100));
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("\n"));
 
         b.teclear("5", false);
         QCOMPARE(b.nombre()->text(), QString()); // "5" is not "05"
@@ -574,9 +566,7 @@ private slots:
         QFETCH(bool, valido);
         QFETCH(QString, queda);
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
+        QVERIFY(b.abrirCon("\n"));
         QVERIFY(b.clicJuego(juego));
         CapturaMensajes captura;
         b.teclear(tecleado);
@@ -599,9 +589,7 @@ private slots:
     void calculoConGanadores()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "10,01\n");
-        QVERIFY(b.abrir());
+        QVERIFY(b.abrirCon("10,01\n"));
         QVERIFY(b.calcularLeon("banca,agencia,ticket,numero,jugado,premio\n"
                                "B1,Agencia Centro,1001,05,10.00,300.00\n"
                                "\n"
@@ -634,10 +622,7 @@ private slots:
     {
         SesionGlobal::decimales = 0;
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\nB1,A,1,05,1000,30000\n"));
+        QVERIFY(b.abrirYCalcularLeon("h\nB1,A,1,05,1000,30000\n"));
         QCOMPARE(b.calculo()->item(0, 4)->text(), QStringLiteral("1,000"));
         QCOMPARE(b.total()->text(), QStringLiteral("30,000"));
     }
@@ -645,10 +630,7 @@ private slots:
     void calculoSinPremios()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("banca,agencia,ticket,numero,jugado,premio\n"));
+        QVERIFY(b.abrirYCalcularLeon("banca,agencia,ticket,numero,jugado,premio\n"));
         QCOMPARE(b.calculo()->rowCount(), 0);
         QCOMPARE(b.total()->text(), QStringLiteral("0.00"));
         QCOMPARE(b.calcular()->text(), QStringLiteral(" *** NO HAY PREMIOS *** "));
@@ -669,11 +651,8 @@ private slots:
     void calculoSinRespuesta()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
         b.srv.responder("calcularpremios4.php", "");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("\n"));
         b.teclear("5");
         CapturaMensajes captura;
         QTest::mouseClick(b.bCalcular(), Qt::LeftButton);
@@ -689,10 +668,7 @@ private slots:
     void tecleoDescartaCalculo()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
+        QVERIFY(b.abrirYCalcularLeon("h\nB1,A,1,05,10,300\n"));
         QCOMPARE(b.calculo()->rowCount(), 1);
         b.teclear("1", false);
         QCOMPARE(b.numero()->text(), QStringLiteral("051"));
@@ -711,15 +687,10 @@ private slots:
     void publicarCancelado()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
         b.dir.escribir("animales/Lotto Activo/05.png", pngDiminuto(Qt::blue, 400, 300));
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
+        QVERIFY(b.abrirYCalcularLeon("h\nB1,A,1,05,10,300\n"));
         CapturaMensajes captura;
-        captura.responder("Cancelar");
-        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
-        QVERIFY(captura.esperar(1));
+        QVERIFY(b.confirmar(b.bPublicar(), captura, "Cancelar", 1));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Publicar resultado"));
         QCOMPARE(m.texto, QStringLiteral("Fecha = ") + textoConsola(hoy, "dddd dd-MM-yyyy") +
@@ -740,14 +711,9 @@ private slots:
     void publicarSinImagen()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\n"));
+        QVERIFY(b.abrirYCalcularLeon("h\n"));
         CapturaMensajes captura;
-        captura.responder("Cancelar");
-        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
-        QVERIFY(captura.esperar(1));
+        QVERIFY(b.confirmar(b.bPublicar(), captura, "Cancelar", 1));
         QCOMPARE(captura.ultimo().altoIcono, 0);
         QCOMPARE(captura.ultimo().titulo, QStringLiteral("Publicar resultado"));
     }
@@ -755,16 +721,11 @@ private slots:
     void publicarUno()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
         b.srv.responder("publicarPremios2.php", "1");
         b.srv.demorar("publicarPremios2.php", 300);
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
+        QVERIFY(b.abrirYCalcularLeon("h\nB1,A,1,05,10,300\n"));
         CapturaMensajes captura;
-        captura.responder("Publicar");
-        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
-        QVERIFY(captura.esperar(1));
+        QVERIFY(b.confirmar(b.bPublicar(), captura, "Publicar", 1));
         QTRY_COMPARE_WITH_TIMEOUT(b.calcular()->text(), QStringLiteral("Publicando..."), 2000);
         QVERIFY(captura.esperar(2));
         QCOMPARE(
@@ -795,15 +756,8 @@ private slots:
     void publicarOtroTextoEsExito()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        b.srv.responder("publicarPremios2.php", "ok\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\n"));
         CapturaMensajes captura;
-        captura.responder("Publicar");
-        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.publicarLeon(captura, "ok\n", "h\n"));
         QCOMPARE(captura.ultimo().titulo, QStringLiteral("Exito"));
         QTest::qWait(50);
         QCOMPARE(b.resultado(0), QStringLiteral("05-León"));
@@ -812,15 +766,8 @@ private slots:
     void publicarCero()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        b.srv.responder("publicarPremios2.php", "0");
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
         CapturaMensajes captura;
-        captura.responder("Publicar");
-        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.publicarLeon(captura, "0", "h\nB1,A,1,05,10,300\n"));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Atención"));
         QCOMPARE(m.texto, QStringLiteral("Este sorteo ya fué publicado"));
@@ -839,15 +786,8 @@ private slots:
     void publicarSinRespuesta()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        b.srv.responder("publicarPremios2.php", "");
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\n"));
         CapturaMensajes captura;
-        captura.responder("Publicar");
-        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.publicarLeon(captura, "", "h\n"));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Error"));
         QCOMPARE(m.texto,
@@ -862,11 +802,9 @@ private slots:
     void publicarJuegoSinNombres()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
         b.srv.responder("calcularpremios4.php", "h\n");
         b.srv.responder("publicarPremios2.php", "1");
-        QVERIFY(b.abrir());
+        QVERIFY(b.abrirCon("\n"));
         QVERIFY(b.clicJuego(1));
         b.teclear("123");
         QTest::mouseClick(b.bCalcular(), Qt::LeftButton);
@@ -876,9 +814,7 @@ private slots:
             QStringLiteral("/Tornavo/TornavoSU/calcularpremios4.php?&f=2026-11-22&j=2&s=20&a=123"));
         QCOMPARE(b.publicar()->text(), QStringLiteral("Triple A-1PM => 123"));
         CapturaMensajes captura;
-        captura.responder("Publicar");
-        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.confirmar(b.bPublicar(), captura, "Publicar", 2));
         QCOMPARE(captura.vistos().at(0).texto.section('\n', 2), QStringLiteral("Resultado = 123"));
         QCOMPARE(captura.vistos().at(0).texto.section('\n', 1, 1),
                  QStringLiteral("Sorteo = Triple A 1PM"));
@@ -892,18 +828,13 @@ private slots:
     void deshacerCancelado()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "10,05\n11,01\n12,02\n");
         b.dir.escribir("animales/Lotto Activo/05.png", pngDiminuto(Qt::green, 300, 256));
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("10,05\n11,01\n12,02\n"));
         QCOMPARE(b.estados(), QStringLiteral("0000"));
         b.clicSorteo(0);
         QCOMPARE(b.estados(), QStringLiteral("0010"));
         CapturaMensajes captura;
-        captura.responder("Cancelar");
-        QTest::mouseClick(b.bDeshacer(), Qt::LeftButton);
-        QVERIFY(captura.esperar(1));
+        QVERIFY(b.confirmar(b.bDeshacer(), captura, "Cancelar", 1));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Deshacer resultado"));
         QCOMPARE(m.texto, QStringLiteral("Lotto Activo 10AM = 05-León"));
@@ -919,9 +850,7 @@ private slots:
 
         // Another published row without a picture file: a box without picture.
         b.clicSorteo(1);
-        captura.responder("Cancelar");
-        QTest::mouseClick(b.bDeshacer(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.confirmar(b.bDeshacer(), captura, "Cancelar", 2));
         QCOMPARE(captura.ultimo().texto, QStringLiteral("Lotto Activo 11AM = 01-Carnero"));
         QCOMPARE(captura.ultimo().altoIcono, 0);
         QTest::qWait(100);
@@ -931,17 +860,12 @@ private slots:
     void deshacerUno()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "10,05\n");
         b.srv.responder("deshacerpremios.php", "1");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("10,05\n"));
         b.clicSorteo(0);
         QCOMPARE(b.estados(), QStringLiteral("0010"));
         CapturaMensajes captura;
-        captura.responder("Deshacer");
-        QTest::mouseClick(b.bDeshacer(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.confirmar(b.bDeshacer(), captura, "Deshacer", 2));
         QCOMPARE(b.srv.peticionesA("deshacerpremios.php"),
                  QStringList{"/Tornavo/TornavoSU/deshacerpremios.php?&f=2026-11-22&j=1&s=10"});
         const MensajeVisto m = captura.ultimo();
@@ -961,16 +885,8 @@ private slots:
     void deshacerCero()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "10,05\n");
-        b.srv.responder("deshacerpremios.php", "0");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
-        b.clicSorteo(0);
         CapturaMensajes captura;
-        captura.responder("Deshacer");
-        QTest::mouseClick(b.bDeshacer(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.deshacerDiez(captura, "0"));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Atención"));
         QCOMPARE(m.texto, QStringLiteral("Algo salio mal, vuelva a intentarlo"));
@@ -984,16 +900,8 @@ private slots:
     void deshacerSinRespuesta()
     {
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "10,05\n");
-        b.srv.responder("deshacerpremios.php", "");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
-        b.clicSorteo(0);
         CapturaMensajes captura;
-        captura.responder("Deshacer");
-        QTest::mouseClick(b.bDeshacer(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.deshacerDiez(captura, ""));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Error"));
         QCOMPARE(m.texto,
@@ -1009,36 +917,24 @@ private slots:
     {
         Banco b;
         b.srv.responder("sorteospremiar3.php", QByteArray("1;Lotto\0basura", 14));
-        b.srv.responder("resultadosJuego.php", ",,,\n;;;\nx\n");
-        QVERIFY(b.abrir());
+        QVERIFY(b.abrirCon(",,,\n;;;\nx\n"));
         QCOMPARE(b.lista()->count(), 1);
         QVERIFY(b.clicJuego(0));
         QCOMPARE(b.sorteos()->rowCount(), 0);
         QCOMPARE(b.estados(), QStringLiteral("0000"));
     }
 
-    void errorHttpAlPublicar_data()
-    {
-        QTest::addColumn<int>("codigo");
-        QTest::newRow("500") << 500;
-        QTest::newRow("404") << 404;
-    }
+    void errorHttpAlPublicar_data() { codigosDeError(); }
 
     void errorHttpAlPublicar()
     {
         // An error page is no "published": the row stays pending and the error is told.
         QFETCH(int, codigo);
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        b.srv.responder("publicarPremios2.php", "<html><body>Error interno</body></html>");
         b.srv.estado("publicarPremios2.php", codigo);
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
         CapturaMensajes captura;
-        captura.responder("Publicar");
-        QTest::mouseClick(b.bPublicar(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.publicarLeon(captura, "<html><body>Error interno</body></html>",
+                               "h\nB1,A,1,05,10,300\n"));
         QCOMPARE(captura.ultimo().titulo, QStringLiteral("Error"));
         QCOMPARE(captura.ultimo().texto,
                  QStringLiteral(
@@ -1048,28 +944,15 @@ private slots:
         QCOMPARE(captura.cantidad(), 2);
     }
 
-    void errorHttpAlDeshacer_data()
-    {
-        QTest::addColumn<int>("codigo");
-        QTest::newRow("500") << 500;
-        QTest::newRow("404") << 404;
-    }
+    void errorHttpAlDeshacer_data() { codigosDeError(); }
 
     void errorHttpAlDeshacer()
     {
         QFETCH(int, codigo);
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "10,05\n");
-        b.srv.responder("deshacerpremios.php", "<html>Not Found</html>");
         b.srv.estado("deshacerpremios.php", codigo);
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
-        b.clicSorteo(0);
         CapturaMensajes captura;
-        captura.responder("Deshacer");
-        QTest::mouseClick(b.bDeshacer(), Qt::LeftButton);
-        QVERIFY(captura.esperar(2));
+        QVERIFY(b.deshacerDiez(captura, "<html>Not Found</html>"));
         QCOMPARE(captura.ultimo().titulo, QStringLiteral("Error"));
         QTest::qWait(50);
         QCOMPARE(b.resultado(0), QStringLiteral("05-León"));
@@ -1093,14 +976,12 @@ private slots:
         QFETCH(QString, endpoint);
         QFETCH(QString, texto);
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
         b.srv.responder("resultadosJuego.php", "\n");
         b.srv.responder("calcularpremios4.php", "h\nB1,A,1,05,10,300\n");
         b.srv.estado(endpoint, 500);
         CapturaMensajes captura;
         if (endpoint == QLatin1String("sorteospremiar3.php")) {
-            b.dlg = std::make_unique<calcularpremios2>();
-            b.dlg->show();
+            b.crear().show();
         } else {
             QVERIFY(b.abrir());
             QVERIFY(b.clicJuego(0));
@@ -1122,7 +1003,6 @@ private slots:
         // 05 is calculated slowly; meanwhile the entry becomes 01. The late answer belongs to
         // 05 and must neither show its winners nor let "Publicar" publish 01.
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
         b.srv.responder("resultadosJuego.php", "\n");
         b.srv.responderCon("calcularpremios4.php", [](const QString &objetivo) -> QByteArray {
             if (objetivo.endsWith("&a=05")) {
@@ -1164,10 +1044,7 @@ private slots:
     {
         // The button is the only way to publish, and only what was calculated is published.
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
+        QVERIFY(b.abrirYCalcularLeon("h\nB1,A,1,05,10,300\n"));
         // Another draw is picked: what was calculated no longer matches the screen.
         b.clicSorteo(2);
         CapturaMensajes captura;
@@ -1183,7 +1060,6 @@ private slots:
         // Game 1's draws answer slowly, game 2's at once; the user is on game 2 when game 1's
         // answer comes. It must not mark game 2's draws.
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
         b.srv.responderCon("resultadosJuego.php", [](const QString &objetivo) -> QByteArray {
             if (objetivo.endsWith("&j=1")) {
                 QThread::msleep(800);
@@ -1211,11 +1087,8 @@ private slots:
         // Arrow keys in the game list load the game's draws exactly as a click does, so the
         // draw sent with "Calcular" always belongs to the game sent with it.
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", "\n");
         b.srv.responder("calcularpremios4.php", "h\n");
-        QVERIFY(b.abrir());
-        QVERIFY(b.clicJuego(0));
+        QVERIFY(b.abrirEnPrimerJuego("\n"));
         QCOMPARE(b.srv.peticionesA("resultadosJuego.php").size(), 1);
         b.lista()->setFocus();
         QTest::keyClick(b.lista(), Qt::Key_Down);
@@ -1289,9 +1162,7 @@ private slots:
         QFETCH(bool, publicar);
         QFETCH(int, tecla);
         Banco b;
-        b.srv.responder("sorteospremiar3.php", sorteosFixture);
-        b.srv.responder("resultadosJuego.php", publicar ? "\n" : "10,05\n");
-        QVERIFY(b.abrir());
+        QVERIFY(b.abrirCon(publicar ? "\n" : "10,05\n"));
         if (publicar) {
             QVERIFY(b.calcularLeon("h\nB1,A,1,05,10,300\n"));
         } else {

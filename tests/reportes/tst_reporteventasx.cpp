@@ -2,8 +2,11 @@
 
 #include "app/sesion.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
+#include "tests/soporte/respuestas.h"
 #include "tests/soporte/servidorprueba.h"
+#include "tests/soporte/tablas.h"
 
 #include <QDateEdit>
 #include <QFrame>
@@ -21,24 +24,15 @@
 class TstReporteVentasX : public QObject {
     Q_OBJECT
 
-    struct Dialogo {
-        reporteVentasX dlg;
+    struct Dialogo : DialogoDeFechas<reporteVentasX> {
         QTableWidget *ventas = dlg.findChild<QTableWidget *>("tableWidget_ventas");
         QTableWidget *detalle = dlg.findChild<QTableWidget *>("tableWidget_detalle");
         QPushButton *consultar = dlg.findChild<QPushButton *>("pushButton");
-        QDateEdit *desde = dlg.findChild<QDateEdit *>("dateEdit_desde");
-        QDateEdit *hasta = dlg.findChild<QDateEdit *>("dateEdit_hasta");
         QLabel *banca = dlg.findChild<QLabel *>("label_banca");
-        QNetworkAccessManager *red = dlg.findChild<QNetworkAccessManager *>();
 
         QLineEdit *campo(const QString &nombre) { return dlg.findChild<QLineEdit *>(nombre); }
 
-        bool consultarYEsperar()
-        {
-            QSignalSpy llegada(red, &QNetworkAccessManager::finished);
-            QTest::mouseClick(consultar, Qt::LeftButton);
-            return llegada.wait(5000) || llegada.count() > 0;
-        }
+        bool consultarYEsperar() { return pulsarYEsperarRespuesta(consultar, red); }
 
         // A user's click on the first cell of a summary row.
         void pulsarFila(int fila)
@@ -59,53 +53,24 @@ class TstReporteVentasX : public QObject {
         int celdasSeleccionadas() { return ventas->selectedItems().size(); }
     };
 
-    static QString celda(QTableWidget *t, int f, int c)
-    {
-        const QTableWidgetItem *i = t->item(f, c);
-        return i ? i->text() : QStringLiteral("<nada>");
-    }
-
-    static QStringList fila(QTableWidget *t, int f)
-    {
-        QStringList r;
-        for (int c = 0; c < t->columnCount(); ++c)
-            r << celda(t, f, c);
-        return r;
-    }
-
     static bool rojo(QTableWidget *t, int f, int c)
     {
         const QVariant v = t->item(f, c)->data(Qt::ForegroundRole);
         return v.isValid() && v.value<QBrush>().color() == QColor(255, 0, 0);
     }
 
-    static QStringList encabezados(QTableWidget *t)
-    {
-        QStringList r;
-        for (int c = 0; c < t->columnCount(); ++c)
-            r << t->horizontalHeaderItem(c)->text();
-        return r;
-    }
-
     // The worked example plus a second banca with two games.
     static QByteArray respuestaBase()
     {
-        return "1,Lotto Activo\n2,La Granjita\n"
-               "_FIN_\n"
-               "7,1,10,50\n"
-               "4,1,12,40\n4,2,12,40\n"
-               "_FIN_\n"
-               "7,Centro,1,1000,500\n"
-               "4,Oeste,2,500,100\n"
-               "4,Oeste,1,250,0\n";
+        return respuestaReporteX({"1,Lotto Activo", "2,La Granjita"},
+                                 {"7,1,10,50", "4,1,12,40", "4,2,12,40"},
+                                 {"7,Centro,1,1000,500", "4,Oeste,2,500,100", "4,Oeste,1,250,0"});
     }
 
 public:
     static int correrEscenario(const QString &) { return 2; }
 
 private slots:
-    void initTestCase() { qRegisterMetaType<QNetworkReply *>(); }
-
     void init()
     {
         reiniciarSesion();
@@ -118,9 +83,7 @@ private slots:
 
     void formulario()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         Dialogo d;
         QCOMPARE(d.dlg.windowTitle(), QStringLiteral("Reporte de Ventas Super Banca"));
         QCOMPARE(d.consultar->text(), QStringLiteral("Consultar"));
@@ -186,15 +149,12 @@ private slots:
                                                                 : textos.at(i));
         }
         QTest::qWait(50);
-        QVERIFY(srv.peticiones().isEmpty());
+        QVERIFY(e.srv.peticiones().isEmpty());
     }
 
     void peticionExacta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", respuestaBase());
+        Escenario e{{"reportex.php", respuestaBase()}};
         Dialogo d;
         d.desde->setDate(QDate(2026, 11, 1));
         QVERIFY(d.consultarYEsperar());
@@ -204,22 +164,20 @@ private slots:
         d.hasta->setDate(QDate(2026, 12, 1));
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(
-            srv.peticiones(),
+            e.srv.peticiones(),
             (QStringList{"/Tornavo/TornavoSU/reportex.php?bx=SB1&j=1,2&d=2026-11-01&h=2026-11-22",
                          "/Tornavo/TornavoSU/reportex.php?bx=X9&j=3&d=2026-12-05&h=2026-12-01"}));
     }
 
     void ejemploResuelto()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,1000,500\n");
+        Escenario e{{"reportex.php",
+                     respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {"7,Centro,1,1000,500"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 1);
-        QCOMPARE(fila(d.ventas, 0), (QStringList{"Centro", "1,000.00", "100.00", "900.00", "500.00",
-                                                 "400.00", "200.00", "200.00"}));
+        QCOMPARE(textosFila(d.ventas, 0), (QStringList{"Centro", "1,000.00", "100.00", "900.00",
+                                                       "500.00", "400.00", "200.00", "200.00"}));
         for (int c = 1; c < 8; ++c) {
             QCOMPARE(d.ventas->item(0, c)->textAlignment(), int(Qt::AlignRight | Qt::AlignVCenter));
             QVERIFY(!rojo(d.ventas, 0, c));
@@ -242,15 +200,12 @@ private slots:
     // the banca table, the detail and the totals.
     void puntoDeEquilibrioEnNegro()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php",
-                      "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,100.10,90.09\n");
+        Escenario e{{"reportex.php",
+                     respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {"7,Centro,1,100.10,90.09"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
-        QCOMPARE(fila(d.ventas, 0), (QStringList{"Centro", "100.10", "10.01", "90.09", "90.09",
-                                                 "0.00", "0.00", "0.00"}));
+        QCOMPARE(textosFila(d.ventas, 0), (QStringList{"Centro", "100.10", "10.01", "90.09",
+                                                       "90.09", "0.00", "0.00", "0.00"}));
         for (int c = 1; c < 8; ++c)
             QVERIFY2(!rojo(d.ventas, 0, c), qPrintable(QString::number(c)));
         for (const char *campo :
@@ -259,8 +214,8 @@ private slots:
             QCOMPARE(d.campo(campo)->styleSheet(), QString());
         }
         d.pulsarFila(0);
-        QCOMPARE(fila(d.detalle, 0), (QStringList{"Lotto", "100.10", "10.01", "90.09", "90.09",
-                                                  "0.00", "0.00", "0.00"}));
+        QCOMPARE(textosFila(d.detalle, 0), (QStringList{"Lotto", "100.10", "10.01", "90.09",
+                                                        "90.09", "0.00", "0.00", "0.00"}));
         for (int c = 1; c < 8; ++c)
             QVERIFY(!rojo(d.detalle, 0, c));
         QCOMPARE(d.campo("lineEdit_dUtilidad")->text(), QStringLiteral("0.00"));
@@ -270,34 +225,29 @@ private slots:
     // The banca rows add up to the totals below them, to the cent.
     void filasSumanElTotal()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", "1,Lotto\n_FIN_\n1,1,10,0\n2,1,10,0\n3,1,10,0\n_FIN_\n"
-                                      "1,Uno,1,0.05,0\n2,Dos,1,0.05,0\n3,Tres,1,0.05,0\n");
+        Escenario e{{"reportex.php",
+                     respuestaReporteX({"1,Lotto"}, {"1,1,10,0", "2,1,10,0", "3,1,10,0"},
+                                       {"1,Uno,1,0.05,0", "2,Dos,1,0.05,0", "3,Tres,1,0.05,0"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 3);
         for (int f = 0; f < 3; ++f)
-            QCOMPARE(celda(d.ventas, f, 2), QStringLiteral("0.01"));
+            QCOMPARE(textoCelda(d.ventas, f, 2), QStringLiteral("0.01"));
         QCOMPARE(d.campo("lineEdit_comision")->text(), QStringLiteral("0.03"));
         QCOMPARE(d.campo("lineEdit_ventaNeta")->text(), QStringLiteral("0.12"));
     }
 
     void totalesDeVariasBancas()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", respuestaBase());
+        Escenario e{{"reportex.php", respuestaBase()}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 2);
-        QCOMPARE(celda(d.ventas, 0, 0), QStringLiteral("Centro"));
+        QCOMPARE(textoCelda(d.ventas, 0, 0), QStringLiteral("Centro"));
         // Oeste: gross 750, commission 90, net 660, prizes 100, utility 560,
         // participation (500-60-100)*0.4 + (250-30-0)*0.4 = 136 + 88 = 224, balance 336.
-        QCOMPARE(fila(d.ventas, 1), (QStringList{"Oeste", "750.00", "90.00", "660.00", "100.00",
-                                                 "560.00", "224.00", "336.00"}));
+        QCOMPARE(textosFila(d.ventas, 1), (QStringList{"Oeste", "750.00", "90.00", "660.00",
+                                                       "100.00", "560.00", "224.00", "336.00"}));
         QCOMPARE(d.campo("lineEdit_ventaBruta")->text(), QStringLiteral("1,750.00"));
         QCOMPARE(d.campo("lineEdit_comision")->text(), QStringLiteral("190.00"));
         QCOMPARE(d.campo("lineEdit_ventaNeta")->text(), QStringLiteral("1,560.00"));
@@ -309,46 +259,40 @@ private slots:
 
     void dosFilasDeComisionGanaLaUltima()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php",
-                      "1,Lotto\n_FIN_\n7,1,10,50\n7,1,20,25\n_FIN_\n7,Centro,1,1000,0\n");
+        Escenario e{{"reportex.php", respuestaReporteX({"1,Lotto"}, {"7,1,10,50", "7,1,20,25"},
+                                                       {"7,Centro,1,1000,0"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.dlg.pcomision("7", "1"), (QList<double>{20.0, 25.0}));
         QCOMPARE(d.dlg.pcomision("7", "9"), (QList<double>{0.0, 0.0}));
-        QCOMPARE(fila(d.ventas, 0), (QStringList{"Centro", "1,000.00", "200.00", "800.00", "0.00",
-                                                 "800.00", "200.00", "600.00"}));
+        QCOMPARE(textosFila(d.ventas, 0), (QStringList{"Centro", "1,000.00", "200.00", "800.00",
+                                                       "0.00", "800.00", "200.00", "600.00"}));
     }
 
     void bancaSinComisionNoAparece()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", "1,Lotto\n2,Ruleta\n_FIN_\n7,1,10,50\n8,2,0,50\n_FIN_\n"
-                                      "8,Sin Comision,1,900,0\n8,Sin Comision,2,900,0\n"
-                                      "7,Centro,1,1000,500\n");
+        Escenario e{
+            {"reportex.php", respuestaReporteX({"1,Lotto", "2,Ruleta"}, {"7,1,10,50", "8,2,0,50"},
+                                               {"8,Sin Comision,1,900,0", "8,Sin Comision,2,900,0",
+                                                "7,Centro,1,1000,500"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 1);
-        QCOMPARE(celda(d.ventas, 0, 0), QStringLiteral("Centro"));
+        QCOMPARE(textoCelda(d.ventas, 0, 0), QStringLiteral("Centro"));
         QCOMPARE(d.campo("lineEdit_ventaBruta")->text(), QStringLiteral("1,000.00"));
     }
 
     void utilidadNegativaEnRojo()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n4,1,10,50\n_FIN_\n"
-                                      "7,Centro,1,1000,1500\n4,Oeste,1,1000,0\n");
+        Escenario e{
+            {"reportex.php", respuestaReporteX({"1,Lotto"}, {"7,1,10,50", "4,1,10,50"},
+                                               {"7,Centro,1,1000,1500", "4,Oeste,1,1000,0"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         // Centro: net 900, prizes 1500 → utility -600, participation -300, balance -300.
-        QCOMPARE(fila(d.ventas, 0), (QStringList{"Centro", "1,000.00", "100.00", "900.00",
-                                                 "1,500.00", "-600.00", "-300.00", "-300.00"}));
+        QCOMPARE(textosFila(d.ventas, 0),
+                 (QStringList{"Centro", "1,000.00", "100.00", "900.00", "1,500.00", "-600.00",
+                              "-300.00", "-300.00"}));
         for (int c = 1; c <= 4; ++c)
             QVERIFY(!rojo(d.ventas, 0, c));
         for (int c = 5; c <= 7; ++c) {
@@ -360,7 +304,8 @@ private slots:
         QCOMPARE(d.campo("lineEdit_utilidad")->text(), QStringLiteral("300.00"));
         QCOMPARE(d.campo("lineEdit_utilidad")->styleSheet(), QString());
 
-        srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,1000,1500\n");
+        e.srv.responder("reportex.php",
+                        respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {"7,Centro,1,1000,1500"}));
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.campo("lineEdit_utilidad")->text(), QStringLiteral("-600.00"));
         QCOMPARE(d.campo("lineEdit_utilidad")->styleSheet(),
@@ -371,7 +316,8 @@ private slots:
         QCOMPARE(d.campo("lineEdit_ventaBruta")->styleSheet(), QString());
 
         // Positive again: the red goes away.
-        srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n7,Centro,1,1000,0\n");
+        e.srv.responder("reportex.php",
+                        respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {"7,Centro,1,1000,0"}));
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.campo("lineEdit_utilidad")->styleSheet(), QString());
         QCOMPARE(d.campo("lineEdit_saldo")->styleSheet(), QString());
@@ -379,15 +325,13 @@ private slots:
 
     void participacionSobreCienColoreaDistinto()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,150\n_FIN_\n7,Centro,1,1000,500\n");
+        Escenario e{{"reportex.php",
+                     respuestaReporteX({"1,Lotto"}, {"7,1,10,150"}, {"7,Centro,1,1000,500"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         // Utility 400, participation 600, balance -200.
-        QCOMPARE(fila(d.ventas, 0), (QStringList{"Centro", "1,000.00", "100.00", "900.00", "500.00",
-                                                 "400.00", "600.00", "-200.00"}));
+        QCOMPARE(textosFila(d.ventas, 0), (QStringList{"Centro", "1,000.00", "100.00", "900.00",
+                                                       "500.00", "400.00", "600.00", "-200.00"}));
         // The banca table goes by the sign of the utility: all black.
         for (int c = 1; c < 8; ++c)
             QVERIFY2(!rojo(d.ventas, 0, c), qPrintable(QString::number(c)));
@@ -397,8 +341,8 @@ private slots:
 
         d.pulsarFila(0);
         QCOMPARE(d.detalle->rowCount(), 1);
-        QCOMPARE(fila(d.detalle, 0), (QStringList{"Lotto", "1,000.00", "100.00", "900.00", "500.00",
-                                                  "400.00", "600.00", "-200.00"}));
+        QCOMPARE(textosFila(d.detalle, 0), (QStringList{"Lotto", "1,000.00", "100.00", "900.00",
+                                                        "500.00", "400.00", "600.00", "-200.00"}));
         // Detail rows: each cell on its own sign.
         QVERIFY(!rojo(d.detalle, 0, 5));
         QVERIFY(!rojo(d.detalle, 0, 6));
@@ -412,20 +356,18 @@ private slots:
 
     void detalleConPremiosAltos()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", "1,Lotto\n2,Ruleta\n_FIN_\n7,1,10,50\n7,2,10,50\n_FIN_\n"
-                                      "7,Centro,1,1000,1500\n7,Centro,2,1000,0\n");
+        Escenario e{
+            {"reportex.php", respuestaReporteX({"1,Lotto", "2,Ruleta"}, {"7,1,10,50", "7,2,10,50"},
+                                               {"7,Centro,1,1000,1500", "7,Centro,2,1000,0"})}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         // The banca's utility is 300: its row is black.
-        QCOMPARE(celda(d.ventas, 0, 5), QStringLiteral("300.00"));
+        QCOMPARE(textoCelda(d.ventas, 0, 5), QStringLiteral("300.00"));
         QVERIFY(!rojo(d.ventas, 0, 5));
         d.pulsarFila(0);
         QCOMPARE(d.detalle->rowCount(), 2);
-        QCOMPARE(celda(d.detalle, 0, 0), QStringLiteral("Lotto"));
-        QCOMPARE(celda(d.detalle, 0, 5), QStringLiteral("-600.00"));
+        QCOMPARE(textoCelda(d.detalle, 0, 0), QStringLiteral("Lotto"));
+        QCOMPARE(textoCelda(d.detalle, 0, 5), QStringLiteral("-600.00"));
         for (int c = 5; c <= 7; ++c) {
             QVERIFY(rojo(d.detalle, 0, c));
             QVERIFY(!rojo(d.detalle, 1, c));
@@ -436,10 +378,7 @@ private slots:
 
     void clicAlternaLaFila()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", respuestaBase());
+        Escenario e{{"reportex.php", respuestaBase()}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.celdasSeleccionadas(), 0);
@@ -450,10 +389,10 @@ private slots:
         QCOMPARE(d.banca->text(), QStringLiteral("Oeste"));
         // Oeste's lines in reply order, with the game names of the first section.
         QCOMPARE(d.detalle->rowCount(), 2);
-        QCOMPARE(fila(d.detalle, 0), (QStringList{"La Granjita", "500.00", "60.00", "440.00",
-                                                  "100.00", "340.00", "136.00", "204.00"}));
-        QCOMPARE(fila(d.detalle, 1), (QStringList{"Lotto Activo", "250.00", "30.00", "220.00",
-                                                  "0.00", "220.00", "88.00", "132.00"}));
+        QCOMPARE(textosFila(d.detalle, 0), (QStringList{"La Granjita", "500.00", "60.00", "440.00",
+                                                        "100.00", "340.00", "136.00", "204.00"}));
+        QCOMPARE(textosFila(d.detalle, 1), (QStringList{"Lotto Activo", "250.00", "30.00", "220.00",
+                                                        "0.00", "220.00", "88.00", "132.00"}));
         QCOMPARE(d.campo("lineEdit_dVentaBruta")->text(), QStringLiteral("750.00"));
         QCOMPARE(d.campo("lineEdit_dComision")->text(), QStringLiteral("90.00"));
         QCOMPARE(d.campo("lineEdit_dVentaNeta")->text(), QStringLiteral("660.00"));
@@ -486,10 +425,7 @@ private slots:
 
     void nuevaConsultaVaciaElDetalle()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", respuestaBase());
+        Escenario e{{"reportex.php", respuestaBase()}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         d.pulsarFila(1);
@@ -503,17 +439,14 @@ private slots:
 
     void sinVentas()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", respuestaBase());
+        Escenario e{{"reportex.php", respuestaBase()}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 2);
         d.pulsarFila(0);
         QCOMPARE(d.detalle->rowCount(), 1);
 
-        srv.responder("reportex.php", "1,Lotto\n_FIN_\n7,1,10,50\n_FIN_\n\n");
+        e.srv.responder("reportex.php", respuestaReporteX({"1,Lotto"}, {"7,1,10,50"}, {""}));
         CapturaMensajes captura;
         QVERIFY(d.consultarYEsperar());
         QVERIFY(captura.esperar(1));
@@ -527,10 +460,7 @@ private slots:
 
     void ventasSinComisionNoEsSinVentas()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", "1,Lotto\n_FIN_\n_FIN_\n7,Centro,1,1000,500\n");
+        Escenario e{{"reportex.php", respuestaReporteX({"1,Lotto"}, {}, {"7,Centro,1,1000,500"})}};
         Dialogo d;
         CapturaMensajes captura;
         QVERIFY(d.consultarYEsperar());
@@ -542,15 +472,12 @@ private slots:
 
     void respuestaIlegibleConservaLasTablas()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", respuestaBase());
+        Escenario e{{"reportex.php", respuestaBase()}};
         Dialogo d;
         QVERIFY(d.consultarYEsperar());
         d.pulsarFila(1);
 
-        srv.responder("reportex.php", "");
+        e.srv.responder("reportex.php", "");
         CapturaMensajes captura;
         QVERIFY(d.consultarYEsperar());
         QVERIFY(captura.esperar(1));
@@ -567,8 +494,7 @@ private slots:
 
     void servidorCaido()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         Dialogo d;
         CapturaMensajes captura;
         QVERIFY(d.consultarYEsperar());
@@ -578,25 +504,22 @@ private slots:
 
     void respuestaMalformada()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("reportex.php", "basura sin secciones");
+        Escenario e{{"reportex.php", "basura sin secciones"}};
         Dialogo d;
         CapturaMensajes captura;
         QVERIFY(d.consultarYEsperar());
         QVERIFY(captura.esperar(1));
         QCOMPARE(captura.ultimo().texto, QStringLiteral("Sin ventas"));
 
-        srv.responder("reportex.php",
-                      "1\n_FIN_\n7,1,x\n7,1,10\n_FIN_\n7\n7,C\n7,C,1\n7,C,1,abc,\n");
+        e.srv.responder("reportex.php", respuestaReporteX({"1"}, {"7,1,x", "7,1,10"},
+                                                          {"7", "7,C", "7,C,1", "7,C,1,abc,"}));
         QVERIFY(d.consultarYEsperar());
         QCOMPARE(d.ventas->rowCount(), 1);
-        QCOMPARE(fila(d.ventas, 0),
+        QCOMPARE(textosFila(d.ventas, 0),
                  (QStringList{"C", "0.00", "0.00", "0.00", "0.00", "0.00", "0.00", "0.00"}));
         d.pulsarFila(0);
         QCOMPARE(d.detalle->rowCount(), 2);
-        QCOMPARE(celda(d.detalle, 0, 0), QString()); // game "1" has no name
+        QCOMPARE(textoCelda(d.detalle, 0, 0), QString()); // game "1" has no name
     }
 };
 

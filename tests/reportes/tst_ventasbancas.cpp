@@ -3,8 +3,10 @@
 #include "app/formato.h"
 #include "app/sesion.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
+#include "tests/soporte/tablas.h"
 
 #include <QDateEdit>
 #include <QFrame>
@@ -21,46 +23,21 @@
 class TstVentasBancas : public QObject {
     Q_OBJECT
 
-    struct Dialogo {
-        VentasBancas dlg;
+    struct Dialogo : DialogoDeFechas<VentasBancas> {
         QTableWidget *agencias = dlg.findChild<QTableWidget *>("tableWidget_agencias");
         QTableWidget *bancas = dlg.findChild<QTableWidget *>("tableWidget_bancas");
         QPushButton *actualizar = dlg.findChild<QPushButton *>("pushButton_actualizar");
-        QDateEdit *desde = dlg.findChild<QDateEdit *>("dateEdit_desde");
-        QDateEdit *hasta = dlg.findChild<QDateEdit *>("dateEdit_hasta");
         QLabel *totalVenta = dlg.findChild<QLabel *>("label_totalventa");
         QLabel *totalComision = dlg.findChild<QLabel *>("label_totalcomision");
-        QNetworkAccessManager *red = dlg.findChild<QNetworkAccessManager *>();
 
         // Presses "Actualizar" and waits until the reply was handled.
-        bool actualizarYEsperar()
-        {
-            QSignalSpy llegada(red, &QNetworkAccessManager::finished);
-            QTest::mouseClick(actualizar, Qt::LeftButton);
-            return llegada.wait(5000) || llegada.count() > 0;
-        }
+        bool actualizarYEsperar() { return pulsarYEsperarRespuesta(actualizar, red); }
     };
-
-    static QString celda(QTableWidget *t, int f, int c)
-    {
-        const QTableWidgetItem *i = t->item(f, c);
-        return i ? i->text() : QStringLiteral("<nada>");
-    }
-
-    static QStringList encabezados(QTableWidget *t)
-    {
-        QStringList r;
-        for (int c = 0; c < t->columnCount(); ++c)
-            r << t->horizontalHeaderItem(c)->text();
-        return r;
-    }
 
 public:
     static int correrEscenario(const QString &) { return 2; }
 
 private slots:
-    void initTestCase() { qRegisterMetaType<QNetworkReply *>(); }
-
     void init()
     {
         reiniciarSesion();
@@ -71,21 +48,17 @@ private slots:
     {
         // Both dates start on the machine's date, whatever date the server's clock gave the
         // session.
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         SesionGlobal::fechaActual = QDate::currentDate().addDays(-40);
         Dialogo d;
         QCOMPARE(d.desde->date(), QDate::currentDate());
         QCOMPARE(d.hasta->date(), QDate::currentDate());
-        QVERIFY(srv.peticiones().isEmpty());
+        QVERIFY(e.srv.peticiones().isEmpty());
     }
 
     void formulario()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         Dialogo d;
         QCOMPARE(d.dlg.windowTitle(), QStringLiteral("Ventas Bancas"));
         QCOMPARE(d.dlg.findChild<QLabel *>("label")->text(), QStringLiteral("Desde :"));
@@ -124,15 +97,12 @@ private slots:
 
         // Nothing is asked before the button is pressed.
         QTest::qWait(50);
-        QVERIFY(srv.peticiones().isEmpty());
+        QVERIFY(e.srv.peticiones().isEmpty());
     }
 
     void peticionExacta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n");
+        Escenario e{{"ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n"}};
         Dialogo d;
         d.desde->setDate(QDate(2026, 11, 1));
         d.hasta->setDate(QDate(2026, 11, 22));
@@ -141,18 +111,15 @@ private slots:
         d.desde->setDate(QDate(2026, 12, 31));
         d.hasta->setDate(QDate(2026, 1, 2));
         QVERIFY(d.actualizarYEsperar());
-        QCOMPARE(srv.peticiones(),
+        QCOMPARE(e.srv.peticiones(),
                  (QStringList{"/Tornavo/TornavoSU/ventabancas2.php?d=2026-11-01&h=2026-11-22",
                               "/Tornavo/TornavoSU/ventabancas2.php?d=2026-12-31&h=2026-01-02"}));
     }
 
     void botonDesactivadoMientrasEspera()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n");
-        srv.demorar("ventabancas2.php", 300);
+        Escenario e{{"ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n"}};
+        e.srv.demorar("ventabancas2.php", 300);
         Dialogo d;
         QSignalSpy llegada(d.red, &QNetworkAccessManager::finished);
         QTest::mouseClick(d.actualizar, Qt::LeftButton);
@@ -163,39 +130,36 @@ private slots:
 
     void llenaTablasYTotales()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php",
-                      "7,Centro,701,La Esquina,Jefe 1,1500.5,300,150.05,14:05:09\n"
-                      "\n"
-                      "3,Norte,301,El Kiosco,,2000,10,200,09:07:00\n"
-                      "7,Centro,702,La Plaza,,1234567.891,0,0.5,23:59:59\n");
+        Escenario e{{"ventabancas2.php",
+                     "7,Centro,701,La Esquina,Jefe 1,1500.5,300,150.05,14:05:09\n"
+                     "\n"
+                     "3,Norte,301,El Kiosco,,2000,10,200,09:07:00\n"
+                     "7,Centro,702,La Plaza,,1234567.891,0,0.5,23:59:59\n"}};
         Dialogo d;
         QVERIFY(d.actualizarYEsperar());
 
         QCOMPARE(d.agencias->rowCount(), 3);
-        QCOMPARE(celda(d.agencias, 0, 0), QStringLiteral("7-Centro"));
-        QCOMPARE(celda(d.agencias, 0, 1), QStringLiteral("701-La Esquina"));
-        QCOMPARE(celda(d.agencias, 0, 2), QStringLiteral("1,500.50"));
-        QCOMPARE(celda(d.agencias, 0, 3), QStringLiteral("150.05"));
-        QCOMPARE(celda(d.agencias, 0, 4), QStringLiteral("2:05 p. m."));
-        QCOMPARE(celda(d.agencias, 1, 4), QStringLiteral("9:07 a. m."));
-        QCOMPARE(celda(d.agencias, 2, 2), QStringLiteral("1,234,567.89"));
-        QCOMPARE(celda(d.agencias, 2, 4), QStringLiteral("11:59 p. m."));
+        QCOMPARE(textoCelda(d.agencias, 0, 0), QStringLiteral("7-Centro"));
+        QCOMPARE(textoCelda(d.agencias, 0, 1), QStringLiteral("701-La Esquina"));
+        QCOMPARE(textoCelda(d.agencias, 0, 2), QStringLiteral("1,500.50"));
+        QCOMPARE(textoCelda(d.agencias, 0, 3), QStringLiteral("150.05"));
+        QCOMPARE(textoCelda(d.agencias, 0, 4), QStringLiteral("2:05 p. m."));
+        QCOMPARE(textoCelda(d.agencias, 1, 4), QStringLiteral("9:07 a. m."));
+        QCOMPARE(textoCelda(d.agencias, 2, 2), QStringLiteral("1,234,567.89"));
+        QCOMPARE(textoCelda(d.agencias, 2, 4), QStringLiteral("11:59 p. m."));
         for (int c = 2; c <= 4; ++c)
             QCOMPARE(d.agencias->item(0, c)->textAlignment(),
                      int(Qt::AlignRight | Qt::AlignVCenter));
 
         // Bancas in order of first appearance, not sorted.
         QCOMPARE(d.bancas->rowCount(), 2);
-        QCOMPARE(celda(d.bancas, 0, 0), QStringLiteral("7-Centro"));
-        QCOMPARE(celda(d.bancas, 0, 1), QStringLiteral("2"));
-        QCOMPARE(celda(d.bancas, 0, 2), QStringLiteral("1,236,068.39"));
-        QCOMPARE(celda(d.bancas, 0, 3), QStringLiteral("150.55"));
-        QCOMPARE(celda(d.bancas, 1, 0), QStringLiteral("3-Norte"));
-        QCOMPARE(celda(d.bancas, 1, 1), QStringLiteral("1"));
-        QCOMPARE(celda(d.bancas, 1, 2), QStringLiteral("2,000.00"));
+        QCOMPARE(textoCelda(d.bancas, 0, 0), QStringLiteral("7-Centro"));
+        QCOMPARE(textoCelda(d.bancas, 0, 1), QStringLiteral("2"));
+        QCOMPARE(textoCelda(d.bancas, 0, 2), QStringLiteral("1,236,068.39"));
+        QCOMPARE(textoCelda(d.bancas, 0, 3), QStringLiteral("150.55"));
+        QCOMPARE(textoCelda(d.bancas, 1, 0), QStringLiteral("3-Norte"));
+        QCOMPARE(textoCelda(d.bancas, 1, 1), QStringLiteral("1"));
+        QCOMPARE(textoCelda(d.bancas, 1, 2), QStringLiteral("2,000.00"));
         for (int c = 1; c <= 3; ++c)
             QCOMPARE(d.bancas->item(0, c)->textAlignment(), int(Qt::AlignRight | Qt::AlignVCenter));
 
@@ -206,54 +170,42 @@ private slots:
 
     void decimalesDeLaSesion()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php", "1,B,2,A,,1234.4,0,12.5,10:00:00\n");
+        Escenario e{{"ventabancas2.php", "1,B,2,A,,1234.4,0,12.5,10:00:00\n"}};
         SesionGlobal::decimales = 0;
         Dialogo d;
         QVERIFY(d.actualizarYEsperar());
-        QCOMPARE(celda(d.agencias, 0, 2), QStringLiteral("1,234"));
+        QCOMPARE(textoCelda(d.agencias, 0, 2), QStringLiteral("1,234"));
         QCOMPARE(d.totalVenta->text(), QStringLiteral("1,234"));
     }
 
     void dosAgenciasDeUnaBanca()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php", "5,Sur,51,Uno,,100,0,10,08:00:00\n"
-                                          "5,Sur,52,Dos,,250,0,25,09:00:00\n");
+        Escenario e{{"ventabancas2.php", "5,Sur,51,Uno,,100,0,10,08:00:00\n"
+                                         "5,Sur,52,Dos,,250,0,25,09:00:00\n"}};
         Dialogo d;
         QVERIFY(d.actualizarYEsperar());
         QCOMPARE(d.agencias->rowCount(), 2);
         QCOMPARE(d.bancas->rowCount(), 1);
-        QCOMPARE(celda(d.bancas, 0, 1), QStringLiteral("2"));
-        QCOMPARE(celda(d.bancas, 0, 2), QStringLiteral("350.00"));
-        QCOMPARE(celda(d.bancas, 0, 3), QStringLiteral("35.00"));
+        QCOMPARE(textoCelda(d.bancas, 0, 1), QStringLiteral("2"));
+        QCOMPARE(textoCelda(d.bancas, 0, 2), QStringLiteral("350.00"));
+        QCOMPARE(textoCelda(d.bancas, 0, 3), QStringLiteral("35.00"));
     }
 
     void ordenDeAparicion()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php", "9,Zeta,91,a,,1,0,0,\n2,Beta,21,b,,1,0,0,\n"
-                                          "9,Zeta,92,c,,1,0,0,\n5,Alfa,51,d,,1,0,0,\n");
+        Escenario e{{"ventabancas2.php", "9,Zeta,91,a,,1,0,0,\n2,Beta,21,b,,1,0,0,\n"
+                                         "9,Zeta,92,c,,1,0,0,\n5,Alfa,51,d,,1,0,0,\n"}};
         Dialogo d;
         QVERIFY(d.actualizarYEsperar());
         QCOMPARE(d.bancas->rowCount(), 3);
-        QCOMPARE(celda(d.bancas, 0, 0), QStringLiteral("9-Zeta"));
-        QCOMPARE(celda(d.bancas, 1, 0), QStringLiteral("2-Beta"));
-        QCOMPARE(celda(d.bancas, 2, 0), QStringLiteral("5-Alfa"));
+        QCOMPARE(textoCelda(d.bancas, 0, 0), QStringLiteral("9-Zeta"));
+        QCOMPARE(textoCelda(d.bancas, 1, 0), QStringLiteral("2-Beta"));
+        QCOMPARE(textoCelda(d.bancas, 2, 0), QStringLiteral("5-Alfa"));
     }
 
     void tituloConLaHora()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n");
+        Escenario e{{"ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n"}};
         Dialogo d;
         const QTime antes = QTime::currentTime();
         QVERIFY(d.actualizarYEsperar());
@@ -270,16 +222,13 @@ private slots:
 
     void respuestaVaciaDejaBotonDesactivado()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n");
+        Escenario e{{"ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n"}};
         Dialogo d;
         QVERIFY(d.actualizarYEsperar());
         QCOMPARE(d.agencias->rowCount(), 1);
         const QString tituloAntes = d.dlg.windowTitle();
 
-        srv.responder("ventabancas2.php", "");
+        e.srv.responder("ventabancas2.php", "");
         CapturaMensajes captura;
         QVERIFY(d.actualizarYEsperar());
         QVERIFY(captura.esperar(1));
@@ -295,8 +244,7 @@ private slots:
 
     void servidorCaido()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         Dialogo d;
         CapturaMensajes captura;
         QVERIFY(d.actualizarYEsperar());
@@ -307,21 +255,18 @@ private slots:
 
     void lineasMalas()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("ventabancas2.php", QByteArray("corta\n1,B\n1,B,2,A,x,abc,?,zz,99:99:99\n"
-                                                     "\xe9,\xf1,3,C,,5,0,1,08:00:00\0basura",
-                                                     68));
+        Escenario e{{"ventabancas2.php", QByteArray("corta\n1,B\n1,B,2,A,x,abc,?,zz,99:99:99\n"
+                                                    "\xe9,\xf1,3,C,,5,0,1,08:00:00\0basura",
+                                                    68)}};
         Dialogo d;
         QVERIFY(d.actualizarYEsperar());
         QCOMPARE(d.agencias->rowCount(), 4);
-        QCOMPARE(celda(d.agencias, 0, 0), QStringLiteral("corta-"));
-        QCOMPARE(celda(d.agencias, 2, 2), QStringLiteral("0.00"));
-        QCOMPARE(celda(d.agencias, 2, 4), QString()); // unreadable time: empty cell
-        QCOMPARE(celda(d.agencias, 3, 0), QString::fromUtf8("é-ñ"));
+        QCOMPARE(textoCelda(d.agencias, 0, 0), QStringLiteral("corta-"));
+        QCOMPARE(textoCelda(d.agencias, 2, 2), QStringLiteral("0.00"));
+        QCOMPARE(textoCelda(d.agencias, 2, 4), QString()); // unreadable time: empty cell
+        QCOMPARE(textoCelda(d.agencias, 3, 0), QString::fromUtf8("é-ñ"));
         QCOMPARE(d.bancas->rowCount(), 3);
-        QCOMPARE(celda(d.bancas, 1, 1), QStringLiteral("2"));
+        QCOMPARE(textoCelda(d.bancas, 1, 1), QStringLiteral("2"));
         QCOMPARE(d.totalVenta->text(), QStringLiteral("5.00"));
         QVERIFY(d.actualizar->isEnabled());
     }

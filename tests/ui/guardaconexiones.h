@@ -2,11 +2,12 @@
 
 #include <QString>
 #include <QStringList>
+#include <QTest>
 #include <QtGlobal>
 
 // Catches the warning that a form's object was renamed and its on_<object>_<signal> slot lost
 // its signal ("QMetaObject::connectSlotsByName: No matching signal for ..."). Install it in
-// initTestCase(); check `conexionesPerdidas()` in cleanup().
+// initTestCase(); call verificarConexiones() in cleanup().
 inline QStringList &conexionesPerdidas()
 {
     static QStringList lista;
@@ -31,4 +32,10 @@ inline void vigilarConexiones(QtMsgType tipo, const QMessageLogContext &contexto
 inline void instalarGuardaConexiones()
 {
     manejadorAnterior() = qInstallMessageHandler(vigilarConexiones);
+}
+
+// Fails the case that just ran when a form lost one of its connections while it ran.
+inline void verificarConexiones()
+{
+    QVERIFY2(conexionesPerdidas().isEmpty(), qPrintable(conexionesPerdidas().join('\n')));
 }

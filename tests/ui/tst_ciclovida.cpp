@@ -6,6 +6,7 @@
 #include "reportes/ventasbancas.h"
 #include "app/salida.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/procesos.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
 #include "tests/soporte/sesionprueba.h"
@@ -41,17 +42,6 @@ const QByteArray scriptHijos = "import os, time\n"
 
 // A script that leaves a mark each time it is started.
 const QByteArray scriptQueMarca = "open('corrido.log', 'a').write('x\\n')\n";
-
-// Alive and not a zombie.
-bool procesoVivo(qint64 pid)
-{
-    QFile f(QStringLiteral("/proc/%1/stat").arg(pid));
-    if (pid <= 0 || !f.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray s = f.readAll();
-    const int p = s.lastIndexOf(')');
-    return p >= 0 && s.size() > p + 2 && s.at(p + 2) != 'Z';
-}
 
 // The script, its child and its grandchild have all noted their pids.
 bool tresAnotados()

@@ -1,6 +1,7 @@
 #include "app/sesion.h"
 #include "consulta/mysqlconsulta.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
 #include "tests/ui/guardaconexiones.h"
@@ -25,10 +26,7 @@ public:
 private slots:
     void initTestCase() { instalarGuardaConexiones(); }
     void init() { reiniciarSesion(); }
-    void cleanup()
-    {
-        QVERIFY2(conexionesPerdidas().isEmpty(), qPrintable(conexionesPerdidas().join('\n')));
-    }
+    void cleanup() { verificarConexiones(); }
 
     void informaYSeCierra()
     {
@@ -88,9 +86,7 @@ private slots:
 
     void ejecutarNoHaceNada()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         CapturaMensajes captura;
         QPointer<mysqlconsulta> consola = new mysqlconsulta;
         captura.olvidar();
@@ -104,7 +100,7 @@ private slots:
         QVERIFY(!consola->findChild<QTableView *>("tableView_1")->model());
         QCOMPARE(consola->findChild<QListWidget *>("listWidget")->count(), 0);
         QCOMPARE(captura.cantidad(), 0);
-        QCOMPARE(srv.peticiones(), QStringList());
+        QCOMPARE(e.srv.peticiones(), QStringList());
         delete consola;
     }
 };

@@ -1,5 +1,6 @@
 #include "app/sesion.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
 #include "tests/ui/guardaconexiones.h"
@@ -24,6 +25,14 @@ QLineEdit *campo(QWidget &d, const char *nombre)
 QPushButton *boton(QWidget &d, const char *nombre)
 {
     return d.findChild<QPushButton *>(nombre);
+}
+
+// Types a user and a password and presses "Iniciar sesión", as a user does.
+void iniciarCon(QWidget &d, const QString &usuario, const QString &clave)
+{
+    campo(d, "lineEdit_usuario")->setText(usuario);
+    campo(d, "lineEdit_clave")->setText(clave);
+    QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
 }
 
 const QByteArray respuestaAdmin = "1\nAdministrador\nX\nroot\nroot\n01,02\nSB1\n1,2\n";
@@ -87,10 +96,7 @@ public:
 private slots:
     void initTestCase() { instalarGuardaConexiones(); }
     void init() { reiniciarSesion(); }
-    void cleanup()
-    {
-        QVERIFY2(conexionesPerdidas().isEmpty(), qPrintable(conexionesPerdidas().join('\n')));
-    }
+    void cleanup() { verificarConexiones(); }
 
     void formulario()
     {
@@ -131,18 +137,13 @@ private slots:
 
     void peticionTalCual()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", respuestaAdmin);
+        Escenario e{{"validarUser.php", respuestaAdmin}};
         iniciar_sesion d;
-        campo(d, "lineEdit_usuario")->setText("admin");
-        campo(d, "lineEdit_clave")->setText("tornavo1");
-        QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
+        iniciarCon(d, "admin", "tornavo1");
         QTRY_VERIFY_WITH_TIMEOUT(!d.isVisible(), 5000);
-        QCOMPARE(srv.peticiones(),
+        QCOMPARE(e.srv.peticiones(),
                  QStringList{"/Tornavo/TornavoSU/validarUser.php?u=admin&p=tornavo1"});
-        QCOMPARE(d.urlPeticion(), srv.urlBase() + "validarUser.php?u=admin&p=tornavo1");
+        QCOMPARE(d.urlPeticion(), e.srv.urlBase() + "validarUser.php?u=admin&p=tornavo1");
 
         QCOMPARE(SesionGlobal::usuario, QStringLiteral("admin"));
         QCOMPARE(SesionGlobal::nombre, QStringLiteral("Administrador"));
@@ -165,9 +166,7 @@ private slots:
         DirectorioTrabajo dir;
         dir.apuntarA(srv.direccion());
         iniciar_sesion d;
-        campo(d, "lineEdit_usuario")->setText("admin");
-        campo(d, "lineEdit_clave")->setText("tornavo1");
-        QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
+        iniciarCon(d, "admin", "tornavo1");
         QTRY_VERIFY_WITH_TIMEOUT(SesionGlobal::sesionIniciada, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(srv.cerradaPorElCliente, 5000);
     }
@@ -182,9 +181,7 @@ private slots:
         dir.apuntarA(srv.direccion());
         CapturaMensajes captura;
         iniciar_sesion d;
-        campo(d, "lineEdit_usuario")->setText("admin");
-        campo(d, "lineEdit_clave")->setText("mala");
-        QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
+        iniciarCon(d, "admin", "mala");
         QVERIFY(captura.esperar(1));
         QTest::qWait(1000);
         QVERIFY(srv.respondido);
@@ -193,31 +190,21 @@ private slots:
 
     void valoresSinRecortarNiCodificar()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", "0\n");
+        Escenario e{{"validarUser.php", "0\n"}};
         CapturaMensajes captura;
         iniciar_sesion d;
-        campo(d, "lineEdit_usuario")->setText(" ana");
-        campo(d, "lineEdit_clave")->setText("x'y");
-        QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
+        iniciarCon(d, " ana", "x'y");
         QVERIFY(captura.esperar(1));
-        QCOMPARE(srv.peticiones(),
+        QCOMPARE(e.srv.peticiones(),
                  QStringList{"/Tornavo/TornavoSU/validarUser.php?u=%20ana&p=x'y"});
     }
 
     void claveIncorrecta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", "0\n\n\n\n\n\n\n\n");
+        Escenario e{{"validarUser.php", "0\n\n\n\n\n\n\n\n"}};
         CapturaMensajes captura;
         iniciar_sesion d;
-        campo(d, "lineEdit_usuario")->setText("operador");
-        campo(d, "lineEdit_clave")->setText("mala");
-        QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
+        iniciarCon(d, "operador", "mala");
         QVERIFY(captura.esperar(1));
         const MensajeVisto m = captura.ultimo();
         QCOMPARE(m.titulo, QStringLiteral("Error"));
@@ -233,12 +220,12 @@ private slots:
         QCOMPARE(SesionGlobal::usuario, QString());
 
         // A new attempt goes out and can succeed.
-        srv.responder("validarUser.php", "1\nOperador\nX\n21,22,31\n1,5\n\n\n\n");
+        e.srv.responder("validarUser.php", "1\nOperador\nX\n21,22,31\n1,5\n\n\n\n");
         campo(d, "lineEdit_clave")->setText("operador1");
         QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
         QTRY_VERIFY_WITH_TIMEOUT(!d.isVisible(), 5000);
-        QCOMPARE(srv.peticiones().size(), 2);
-        QCOMPARE(srv.peticiones().at(1),
+        QCOMPARE(e.srv.peticiones().size(), 2);
+        QCOMPARE(e.srv.peticiones().at(1),
                  QStringLiteral("/Tornavo/TornavoSU/validarUser.php?u=operador&p=operador1"));
         QVERIFY(SesionGlobal::sesionIniciada);
         QCOMPARE(SesionGlobal::opciones, (QStringList{"21", "22", "31"}));
@@ -247,15 +234,10 @@ private slots:
 
     void respuestaVacia()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", "");
+        Escenario e{{"validarUser.php", ""}};
         CapturaMensajes captura;
         iniciar_sesion d;
-        campo(d, "lineEdit_usuario")->setText("admin");
-        campo(d, "lineEdit_clave")->setText("tornavo1");
-        QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
+        iniciarCon(d, "admin", "tornavo1");
         QVERIFY(captura.esperar(1));
         QCOMPARE(captura.ultimo().titulo, QStringLiteral("Error"));
         QCOMPARE(captura.ultimo().texto, QStringLiteral("No hubo respuesta del servidor"));
@@ -268,8 +250,7 @@ private slots:
 
     void servidorCaido()
     {
-        DirectorioTrabajo dir;
-        dir.apuntarA(ServidorPrueba::direccionSinServidor());
+        EscenarioSinServidor caido;
         CapturaMensajes captura;
         iniciar_sesion d;
         QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
@@ -280,10 +261,7 @@ private slots:
 
     void sinXCierraSinSesion()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", "1\nAna\n\n21\n1\n\n\n\n");
+        Escenario e{{"validarUser.php", "1\nAna\n\n21\n1\n\n\n\n"}};
         CapturaMensajes captura;
         iniciar_sesion d;
         campo(d, "lineEdit_usuario")->setText("ana");
@@ -298,10 +276,7 @@ private slots:
 
     void respuestaCorta()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", "1\nAna\nX");
+        Escenario e{{"validarUser.php", "1\nAna\nX"}};
         iniciar_sesion d;
         QTest::mouseClick(boton(d, "pushButton_iniciar"), Qt::LeftButton);
         QTRY_VERIFY_WITH_TIMEOUT(!d.isVisible(), 5000);
@@ -315,9 +290,7 @@ private slots:
 
     void enterEnUsuarioSegunLargo()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         iniciar_sesion d;
         QVERIFY(QTest::qWaitForWindowActive(&d));
         QLineEdit *usuario = campo(d, "lineEdit_usuario");
@@ -329,7 +302,7 @@ private slots:
         QVERIFY(d.isVisible());
         QVERIFY(!boton(d, "pushButton_iniciar")->isDefault());
         QTest::qWait(100);
-        QCOMPARE(srv.peticiones(), QStringList()); // Enter does not log in either
+        QCOMPARE(e.srv.peticiones(), QStringList()); // Enter does not log in either
         QTest::keyClicks(usuario, "f");
         QTest::keyClick(usuario, Qt::Key_Return);
         QCOMPARE(d.focusWidget(), clave);
@@ -337,9 +310,7 @@ private slots:
 
     void claveCortaNoHaceBotonPorDefecto()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
+        Escenario e;
         iniciar_sesion d;
         QVERIFY(QTest::qWaitForWindowActive(&d));
         QLineEdit *clave = campo(d, "lineEdit_clave");
@@ -349,15 +320,12 @@ private slots:
         QVERIFY(!boton(d, "pushButton_iniciar")->isDefault());
         QTest::keyClick(clave, Qt::Key_Return);
         QTest::qWait(100);
-        QCOMPARE(srv.peticiones(), QStringList());
+        QCOMPARE(e.srv.peticiones(), QStringList());
     }
 
     void claveLargaEnterInicia()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", respuestaAdmin);
+        Escenario e{{"validarUser.php", respuestaAdmin}};
         iniciar_sesion d;
         QVERIFY(QTest::qWaitForWindowActive(&d));
         QLineEdit *usuario = campo(d, "lineEdit_usuario");
@@ -372,7 +340,7 @@ private slots:
         QCOMPARE(clave->text(), QStringLiteral("tornavo1"));
         QTest::keyClick(clave, Qt::Key_Return);
         QTRY_VERIFY_WITH_TIMEOUT(!d.isVisible(), 5000);
-        QCOMPARE(srv.peticiones(),
+        QCOMPARE(e.srv.peticiones(),
                  QStringList{"/Tornavo/TornavoSU/validarUser.php?u=admin&p=tornavo1"});
         QVERIFY(SesionGlobal::sesionIniciada);
     }
@@ -387,13 +355,10 @@ private slots:
 
     void laClaveNoSeImprime()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", respuestaAdmin);
+        Escenario e{{"validarUser.php", respuestaAdmin}};
         const ResultadoProceso r = ejecutarEscenario("loginCompleto");
         QCOMPARE(r.codigo, 0);
-        QCOMPARE(srv.peticiones(),
+        QCOMPARE(e.srv.peticiones(),
                  QStringList{"/Tornavo/TornavoSU/validarUser.php?u=admin&p=Secreto-99"});
         QVERIFY(!r.salida.contains("Secreto-99"));
         QVERIFY(!r.errores.contains("Secreto-99"));

@@ -170,7 +170,7 @@ private slots:
     {
         dir.reset();
         srv.reset();
-        QVERIFY2(conexionesPerdidas().isEmpty(), qPrintable(conexionesPerdidas().join('\n')));
+        verificarConexiones();
     }
 
     void arranqueRoot()

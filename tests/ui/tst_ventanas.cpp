@@ -9,8 +9,10 @@
 #include "reportes/ventasbancas.h"
 #include "temas/themeconfig.h"
 #include "tests/soporte/capturamensajes.h"
+#include "tests/soporte/escenario.h"
 #include "tests/soporte/prueba_main.h"
 #include "tests/soporte/servidorprueba.h"
+#include "tests/soporte/sesionprueba.h"
 #include "ui/iniciar_sesion.h"
 #include "ui/mainwindow.h"
 
@@ -49,6 +51,35 @@ class TstVentanas : public QObject {
         for (int c = 0; c < t->columnCount(); ++c)
             r << QString::number(t->columnWidth(c));
         return r;
+    }
+
+    // A cut amount whose item carries a tooltip of its own.
+    static QTableWidgetItem *celdaConTooltipPropio()
+    {
+        auto *celda = new QTableWidgetItem("99,999,999.99");
+        celda->setToolTip("su propio texto");
+        return celda;
+    }
+
+    // Shows the table at 400×200; true once it is on screen.
+    static bool mostrar(QTableWidget &tabla)
+    {
+        tabla.resize(400, 200);
+        tabla.show();
+        return QTest::qWaitForWindowExposed(&tabla);
+    }
+
+    // The tooltip a user gets resting the pointer on cell (f, c), "" when none shows.
+    static QString tooltip(QTableWidget &tabla, int f, int c)
+    {
+        QToolTip::hideText();
+        // The tooltip fades out; wait until it is gone.
+        for (int i = 0; i < 500 && QToolTip::isVisible(); ++i)
+            QTest::qWait(10);
+        const QPoint p = tabla.visualItemRect(tabla.item(f, c)).center();
+        QHelpEvent evento(QEvent::ToolTip, p, tabla.viewport()->mapToGlobal(p));
+        QApplication::sendEvent(tabla.viewport(), &evento);
+        return QToolTip::isVisible() ? QToolTip::text() : QString();
     }
 
     // Checks one dialog: its smallest size fits the laptop, and after fitting, the window with
@@ -151,21 +182,8 @@ private slots:
     // The main window is shown maximised: its smallest size has to fit the screen.
     void ventanaPrincipalCabe()
     {
-        ServidorPrueba srv;
-        DirectorioTrabajo dir;
-        dir.apuntarA(srv.direccion());
-        srv.responder("validarUser.php", "1\nAdministrador\nX\nroot\nroot\n01\nSB1\n1,2\n");
-        auto *sondeo = new QTimer(this);
-        connect(sondeo, &QTimer::timeout, [sondeo] {
-            auto *login = qobject_cast<iniciar_sesion *>(QApplication::activeModalWidget());
-            if (!login)
-                return;
-            sondeo->stop();
-            login->findChild<QLineEdit *>("lineEdit_usuario")->setText("admin");
-            login->findChild<QLineEdit *>("lineEdit_clave")->setText("tornavo1");
-            login->findChild<QPushButton *>("pushButton_iniciar")->click();
-        });
-        sondeo->start(10);
+        Escenario e{{"validarUser.php", respuestaLoginAdmin}};
+        responderLogin();
         MainWindow ventana;
         const QSize minimo = ventana.minimumSizeHint();
         QVERIFY2(minimo.width() <= espacioCliente().width() &&
@@ -204,29 +222,15 @@ private slots:
         tabla.setItem(0, 0, new QTableWidgetItem("12,345,678.90"));
         tabla.setItem(0, 1, new QTableWidgetItem("12,345,678.90"));
         tabla.setItem(1, 0, new QTableWidgetItem("1.00"));
-        auto *propio = new QTableWidgetItem("99,999,999.99");
-        propio->setToolTip("su propio texto");
-        tabla.setItem(1, 1, propio);
+        tabla.setItem(1, 1, celdaConTooltipPropio());
         tabla.setColumnWidth(1, 30);
-        tabla.resize(400, 200);
-        tabla.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&tabla));
+        QVERIFY(mostrar(tabla));
 
-        const auto tooltip = [&](int f, int c) {
-            QToolTip::hideText();
-            // The tooltip fades out; wait until it is gone.
-            for (int i = 0; i < 500 && QToolTip::isVisible(); ++i)
-                QTest::qWait(10);
-            const QPoint p = tabla.visualItemRect(tabla.item(f, c)).center();
-            QHelpEvent evento(QEvent::ToolTip, p, tabla.viewport()->mapToGlobal(p));
-            QApplication::sendEvent(tabla.viewport(), &evento);
-            return QToolTip::isVisible() ? QToolTip::text() : QString();
-        };
-        QCOMPARE(tooltip(0, 0), QStringLiteral("12,345,678.90"));
-        QCOMPARE(tooltip(1, 0), QString());
-        QCOMPARE(tooltip(1, 1), QStringLiteral("su propio texto"));
+        QCOMPARE(tooltip(tabla, 0, 0), QStringLiteral("12,345,678.90"));
+        QCOMPARE(tooltip(tabla, 1, 0), QString());
+        QCOMPARE(tooltip(tabla, 1, 1), QStringLiteral("su propio texto"));
         tabla.setColumnWidth(1, 200);
-        QCOMPARE(tooltip(0, 1), QString());
+        QCOMPARE(tooltip(tabla, 0, 1), QString());
         QToolTip::hideText();
     }
 
@@ -240,25 +244,12 @@ private slots:
         tabla.setColumnWidth(1, 200);
         tabla.setItem(0, 0, new QTableWidgetItem("7:00 a. m. 12,345,678.90"));
         tabla.setItem(0, 1, new QTableWidgetItem("7:00 a. m."));
-        auto *propio = new QTableWidgetItem("99,999,999.99");
-        propio->setToolTip("su propio texto");
-        tabla.setItem(1, 0, propio);
-        tabla.resize(400, 200);
-        tabla.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&tabla));
+        tabla.setItem(1, 0, celdaConTooltipPropio());
+        QVERIFY(mostrar(tabla));
 
-        const auto tooltip = [&](int f, int c) {
-            QToolTip::hideText();
-            for (int i = 0; i < 500 && QToolTip::isVisible(); ++i)
-                QTest::qWait(10);
-            const QPoint p = tabla.visualItemRect(tabla.item(f, c)).center();
-            QHelpEvent evento(QEvent::ToolTip, p, tabla.viewport()->mapToGlobal(p));
-            QApplication::sendEvent(tabla.viewport(), &evento);
-            return QToolTip::isVisible() ? QToolTip::text() : QString();
-        };
-        QCOMPARE(tooltip(0, 0), QStringLiteral("7:00 a. m. 12,345,678.90"));
-        QCOMPARE(tooltip(0, 1), QString());
-        QCOMPARE(tooltip(1, 0), QStringLiteral("su propio texto"));
+        QCOMPARE(tooltip(tabla, 0, 0), QStringLiteral("7:00 a. m. 12,345,678.90"));
+        QCOMPARE(tooltip(tabla, 0, 1), QString());
+        QCOMPARE(tooltip(tabla, 1, 0), QStringLiteral("su propio texto"));
         QToolTip::hideText();
     }
 };
