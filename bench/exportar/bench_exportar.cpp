@@ -4,6 +4,7 @@
 //
 //   bench_exportar [plays...]      (default: 1000000)
 
+#include "bench/comun/red_monitor.h"
 #include "app/exportartabla.h"
 #include "app/sesion.h"
 #include "monitor/monitor2.h"
@@ -27,52 +28,7 @@
 
 namespace {
 
-constexpr int kAgencias = 3000;
-constexpr int kBancas = 30;
-const char *const kJuegos[] = {"LA-1", "GR-1", "LT-1", "RU-1", "TR-1"};
-
-QByteArray numeroAnimal(int i)
-{
-    return i == 37 ? QByteArray("00") : QByteArray::number(i);
-}
-
-QByteArray sorteos()
-{
-    QByteArray codigos, nombres;
-    for (int i = 0; i < 38; ++i) {
-        codigos += (i ? "," : "") + numeroAnimal(i);
-        nombres += (i ? "," : "") + QByteArray("Animal") + numeroAnimal(i);
-    }
-    QByteArray r;
-    for (const char *j : kJuegos)
-        r +=
-            QByteArray(j) + ";Sorteo " + j + ";1;1;30;" + codigos + ";" + nombres + ";1;10:00 AM\n";
-    return r;
-}
-
-QByteArray bancas()
-{
-    QByteArray r;
-    for (int b = 1; b <= kBancas; ++b)
-        r += QByteArray::number(b) + ",Banca " + QByteArray::number(b) + "\n";
-    return r;
-}
-
-QByteArray partes(int a)
-{
-    return QByteArray::number(a % kBancas + 1) + "," + QByteArray::number(a / 100) + ",0," +
-           QByteArray::number(a);
-}
-
-QByteArray agencias()
-{
-    QByteArray r;
-    for (int a = 0; a < kAgencias; ++a)
-        for (int j = 0; j < 5; ++j)
-            r += partes(a) + ",Agencia " + QByteArray::number(a) + "," + kJuegos[j] + "," +
-                 QByteArray::number(5 + (a + j) % 11) + "\n";
-    return r;
-}
+using namespace red_monitor;
 
 // Sales of the first draw: amounts up to 4,999.50 (so that some show a group separator).
 QByteArray ventas(int jugadas)
