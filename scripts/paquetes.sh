@@ -8,7 +8,7 @@ PAQUETES=(
     xvfb xauth xdotool imagemagick fonts-freefont-ttf librsvg2-bin
     qttranslations5-l10n locales libqt5charts5-dev libssl-dev openssl
     dpkg-dev fakeroot lintian file
-    poppler-utils
+    poppler-utils zlib1g-dev adduser
 )
 
 instalar_faltantes() {
