@@ -104,7 +104,6 @@ struct DatosVentas {
 DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
                            const QString &cjuego, const QString &csorteo, double factor);
 
-
 static_assert(sizeof(JugadaVenta) == 32, "a play is meant to take 32 bytes");
 
 // Display helpers shared by the table model and the checks.

@@ -489,16 +489,15 @@ private slots:
         QVERIFY(e.ventas(1, v)); // L1-10 draw 12: no result
         QCOMPARE(e.label("label_juego"), QStringLiteral("Lotto Activo 12PM"));
         QVERIFY(e.boton()->isEnabled());
-        QCOMPARE(
-            e.contenidoJugadas(),
-            (literal::Tabla{{"Banca Dos", "Agencia C", "1003", "2:05 p. m.",
-                             "0", "Delfin", "10.00", "Eliminado", "10", "2001"},
-                            {"", "", "1004", "10:00 a. m.", "00", "Ballena",
-                             "7.25", "", "7.25", "9007"},
-                            {"Banca Uno Bis", "Agencia B", "1001", "9:15 a. m.",
-                             "5", "", "50.00", "", "50", "1002"},
-                            {"Banca Uno Bis", "Agencia B", "1002", "9:16 a. m.",
-                             "5", "", "25.50", "Pagado", "25.5", "1002"}}));
+        QCOMPARE(e.contenidoJugadas(),
+                 (literal::Tabla{
+                     {"Banca Dos", "Agencia C", "1003", "2:05 p. m.", "0", "Delfin", "10.00",
+                      "Eliminado", "10", "2001"},
+                     {"", "", "1004", "10:00 a. m.", "00", "Ballena", "7.25", "", "7.25", "9007"},
+                     {"Banca Uno Bis", "Agencia B", "1001", "9:15 a. m.", "5", "", "50.00", "",
+                      "50", "1002"},
+                     {"Banca Uno Bis", "Agencia B", "1002", "9:16 a. m.", "5", "", "25.50",
+                      "Pagado", "25.5", "1002"}}));
         // The deleted play is in no sum; 10 % of 50 and of 25.50 is commission.
         QCOMPARE(e.totales(),
                  (QStringList{"3", "82.75", "82.75", "7.55", "75.20", "0.00", "75.20"}));
