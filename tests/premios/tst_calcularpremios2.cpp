@@ -460,10 +460,10 @@ private slots:
         Banco b;
         QVERIFY(b.abrir());
         horaActual = QTime(9, 4, 7);
-        QTRY_COMPARE_WITH_TIMEOUT(b.hora()->text(), QStringLiteral("9:04:07 a. m."), 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(b.hora()->text(), QStringLiteral("9:04:07 a. m."), 10000);
         QVERIFY(b.hora()->text().startsWith("9:04:07"));
         horaActual = QTime(21, 4, 8);
-        QTRY_COMPARE_WITH_TIMEOUT(b.hora()->text(), QStringLiteral("9;04;08 p. m."), 2000);
+        QTRY_COMPARE_WITH_TIMEOUT(b.hora()->text(), QStringLiteral("9;04;08 p. m."), 10000);
         QVERIFY(b.hora()->text().startsWith("9;04;08"));
         horaActual = QTime();
     }
@@ -722,12 +722,13 @@ private slots:
     {
         Banco b;
         b.srv.responder("publicarPremios2.php", "1");
-        b.srv.demorar("publicarPremios2.php", 300);
+        // The answer is held long enough for "Publicando..." to be seen on a busy machine.
+        b.srv.demorar("publicarPremios2.php", 3000);
         QVERIFY(b.abrirYCalcularLeon("h\nB1,A,1,05,10,300\n"));
         CapturaMensajes captura;
         QVERIFY(b.confirmar(b.bPublicar(), captura, "Publicar", 1));
-        QTRY_COMPARE_WITH_TIMEOUT(b.calcular()->text(), QStringLiteral("Publicando..."), 2000);
-        QVERIFY(captura.esperar(2));
+        QTRY_COMPARE_WITH_TIMEOUT(b.calcular()->text(), QStringLiteral("Publicando..."), 10000);
+        QVERIFY(captura.esperar(2, 20000));
         QCOMPARE(
             b.srv.peticionesA("publicarPremios2.php"),
             QStringList{"/Tornavo/TornavoSU/publicarPremios2.php?&f=2026-11-22&j=1&s=10&a=05"});

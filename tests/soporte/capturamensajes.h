@@ -45,7 +45,7 @@ public:
     MensajeVisto ultimo() const { return m_vistos.value(m_vistos.size() - 1); }
 
     // Processes events until `n` boxes were seen or the time ran out; true when seen.
-    bool esperar(int n = 1, int milisegundos = 5000);
+    bool esperar(int n = 1, int milisegundos = 20000);
 
     void olvidar() { m_vistos.clear(); }
 
