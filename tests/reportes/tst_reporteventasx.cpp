@@ -492,6 +492,29 @@ private slots:
         QCOMPARE(d.dlg.pcomision("4", "2"), (QList<double>{12.0, 40.0}));
     }
 
+    void errorHttpConservaLasTablas_data()
+    {
+        QTest::addColumn<int>("codigo");
+        QTest::newRow("500") << 500;
+        QTest::newRow("404") << 404;
+    }
+
+    void errorHttpConservaLasTablas()
+    {
+        // An error page with a body is no report: the same as no answer at all.
+        QFETCH(int, codigo);
+        Escenario e{{"reportex.php", respuestaBase()}};
+        Dialogo d;
+        QVERIFY(d.consultarYEsperar());
+        e.srv.estado("reportex.php", codigo);
+        CapturaMensajes captura;
+        QVERIFY(d.consultarYEsperar());
+        QVERIFY(captura.esperar(1));
+        QCOMPARE(captura.ultimo().texto, QStringLiteral("No hubo respuesta del servidor"));
+        QCOMPARE(d.ventas->rowCount(), 2);
+        QCOMPARE(d.campo("lineEdit_ventaBruta")->text(), QStringLiteral("1,750.00"));
+    }
+
     void servidorCaido()
     {
         EscenarioSinServidor caido;

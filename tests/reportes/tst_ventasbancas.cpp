@@ -242,6 +242,27 @@ private slots:
         QCOMPARE(d.dlg.windowTitle(), tituloAntes);
     }
 
+    void errorHttpEsFaltaDeRespuesta_data()
+    {
+        QTest::addColumn<int>("codigo");
+        QTest::newRow("500") << 500;
+        QTest::newRow("404") << 404;
+    }
+
+    void errorHttpEsFaltaDeRespuesta()
+    {
+        QFETCH(int, codigo);
+        Escenario e{{"ventabancas2.php", "1,B,2,A,,1,0,0,10:00:00\n"}};
+        e.srv.estado("ventabancas2.php", codigo);
+        Dialogo d;
+        CapturaMensajes captura;
+        QVERIFY(d.actualizarYEsperar());
+        QVERIFY(captura.esperar(1));
+        QCOMPARE(captura.ultimo().texto, QStringLiteral("No hubo respuesta del servidor"));
+        QCOMPARE(d.agencias->rowCount(), 0);
+        QCOMPARE(d.bancas->rowCount(), 0);
+    }
+
     void servidorCaido()
     {
         EscenarioSinServidor caido;
