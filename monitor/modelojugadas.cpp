@@ -8,6 +8,32 @@
 #include <cstring>
 #include <numeric>
 
+namespace {
+
+// Rank of each text among the distinct ones, in the locale's order; texts that compare equal
+// share a rank. `cantidad`, when given, receives the number of distinct ranks.
+std::vector<int> rangosDeTextos(const std::vector<QString> &textos, int *cantidad = nullptr)
+{
+    std::vector<int> porTexto(textos.size());
+    std::iota(porTexto.begin(), porTexto.end(), 0);
+    std::sort(porTexto.begin(), porTexto.end(), [&](int a, int b) {
+        return textos[std::size_t(a)].localeAwareCompare(textos[std::size_t(b)]) < 0;
+    });
+    std::vector<int> rango(textos.size(), 0);
+    int r = 0;
+    for (std::size_t k = 0; k < porTexto.size(); ++k) {
+        if (k > 0 && textos[std::size_t(porTexto[k - 1])].localeAwareCompare(
+                         textos[std::size_t(porTexto[k])]) < 0)
+            ++r;
+        rango[std::size_t(porTexto[k])] = r;
+    }
+    if (cantidad)
+        *cantidad = r + 1;
+    return rango;
+}
+
+} // namespace
+
 ModeloJugadas::ModeloJugadas(QObject *parent) : QAbstractTableModel(parent) {}
 
 QStringList ModeloJugadas::encabezados()
@@ -248,20 +274,8 @@ void ModeloJugadas::sort(int column, Qt::SortOrder order)
     }
 
     // Rank the distinct texts; texts that compare equal share a rank.
-    std::vector<int> porTexto(textos.size());
-    std::iota(porTexto.begin(), porTexto.end(), 0);
-    std::sort(porTexto.begin(), porTexto.end(), [&](int a, int b) {
-        return textos[std::size_t(a)].localeAwareCompare(textos[std::size_t(b)]) < 0;
-    });
-    std::vector<int> rango(textos.size(), 0);
-    int r = 0;
-    for (std::size_t k = 0; k < porTexto.size(); ++k) {
-        if (k > 0 && textos[std::size_t(porTexto[k - 1])].localeAwareCompare(
-                         textos[std::size_t(porTexto[k])]) < 0)
-            ++r;
-        rango[std::size_t(porTexto[k])] = r;
-    }
-    const int rangos = r + 1;
+    int rangos = 0;
+    std::vector<int> rango = rangosDeTextos(textos, &rangos);
     if (order == Qt::DescendingOrder) {
         for (int &x : rango)
             x = rangos - 1 - x;
@@ -390,19 +404,10 @@ void ModeloLugares::sort(int column, Qt::SortOrder order)
         }
         clase[r] = it.value();
     }
-    std::vector<int> porTexto(textos.size());
-    std::iota(porTexto.begin(), porTexto.end(), 0);
-    std::sort(porTexto.begin(), porTexto.end(), [&](int a, int b) {
-        return textos[std::size_t(a)].localeAwareCompare(textos[std::size_t(b)]) < 0;
-    });
-    std::vector<int> rango(textos.size(), 0);
-    int r = 0;
-    for (std::size_t k = 0; k < porTexto.size(); ++k) {
-        if (k > 0 && textos[std::size_t(porTexto[k - 1])].localeAwareCompare(
-                         textos[std::size_t(porTexto[k])]) < 0)
-            ++r;
-        rango[std::size_t(porTexto[k])] = order == Qt::AscendingOrder ? r : -r;
-    }
+    std::vector<int> rango = rangosDeTextos(textos);
+    if (order == Qt::DescendingOrder)
+        for (int &r : rango)
+            r = -r;
     std::vector<int> filas(m_jugadas.size());
     std::iota(filas.begin(), filas.end(), 0);
     std::stable_sort(filas.begin(), filas.end(), [&](int a, int b) {
