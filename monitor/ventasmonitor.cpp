@@ -14,92 +14,113 @@
 namespace {
 
 // Distinct byte strings, numbered in the order they were first seen. Open addressing over a
-// power-of-two table; keys live in one arena.
+// power-of-two table. A key of up to 16 bytes is kept in its slot, so that finding it reads
+// one slot and nothing else; longer keys are found by their hash and compared in the arena
+// where every key is also kept.
 class Internador {
 public:
-    Internador() : m_tabla(64, -1) {}
+    Internador() : m_tabla(64) {}
 
-    int cantidad() const { return int(m_pos.size()); }
+    int cantidad() const { return int(m_inicio.size()); }
 
     // Index of the key; `nuevo` tells whether it was added now.
     int buscar(const char *p, std::size_t n, bool &nuevo)
     {
-        const std::uint64_t h = hash(p, n);
-        std::size_t mascara = m_tabla.size() - 1;
+        Ranura clave;
+        clave.largo = std::uint32_t(n);
+        if (n <= 16) {
+            // Byte by byte into registers: the bytes past the key may lie past the buffer.
+            const auto *u = reinterpret_cast<const unsigned char *>(p);
+            const std::size_t enA = n < 8 ? n : 8;
+            for (std::size_t i = 0; i < enA; ++i)
+                clave.a |= std::uint64_t(u[i]) << (8 * i);
+            for (std::size_t i = 8; i < n; ++i)
+                clave.b |= std::uint64_t(u[i]) << (8 * (i - 8));
+        } else {
+            clave.a = hashLargo(p, n);
+        }
+        const std::uint64_t h = mezclar(clave.a ^ (clave.b * 0x9E3779B97F4A7C15ull) ^ n);
+        const std::size_t mascara = m_tabla.size() - 1;
         std::size_t i = std::size_t(h) & mascara;
         while (true) {
-            const int e = m_tabla[i];
-            if (e < 0)
+            const Ranura &r = m_tabla[i];
+            if (r.indice < 0)
                 break;
-            const Pos &pos = m_pos[std::size_t(e)];
-            if (pos.hash == h && pos.largo == n &&
-                (n == 0 || std::memcmp(m_claves.data() + pos.inicio, p, n) == 0)) {
+            if (r.a == clave.a && r.b == clave.b && r.largo == clave.largo &&
+                (n <= 16 ||
+                 std::memcmp(m_claves.data() + m_inicio[std::size_t(r.indice)], p, n) == 0)) {
                 nuevo = false;
-                return e;
+                return r.indice;
             }
             i = (i + 1) & mascara;
         }
         nuevo = true;
-        const int indice = int(m_pos.size());
-        m_pos.push_back({h, m_claves.size(), n});
+        clave.indice = int(m_inicio.size());
+        m_inicio.push_back(m_claves.size());
+        m_largo.push_back(std::uint32_t(n));
         m_claves.append(p, n);
-        m_tabla[i] = indice;
-        if (m_pos.size() * 2 > m_tabla.size())
+        m_tabla[i] = clave;
+        if (m_inicio.size() * 2 > m_tabla.size())
             crecer();
-        return indice;
+        return clave.indice;
     }
 
     QString texto(int i) const
     {
-        const Pos &pos = m_pos[std::size_t(i)];
-        return QString::fromLatin1(m_claves.data() + pos.inicio, int(pos.largo));
+        return QString::fromLatin1(m_claves.data() + m_inicio[std::size_t(i)],
+                                   int(m_largo[std::size_t(i)]));
     }
 
 private:
-    struct Pos {
-        std::uint64_t hash;
-        std::size_t inicio;
-        std::size_t largo;
+    struct Ranura {
+        std::uint64_t a = 0, b = 0; // the key itself, or the hash of a long key in `a`
+        std::int32_t indice = -1;   // -1: empty
+        std::uint32_t largo = 0;
     };
 
-    // Keys are short (codes of a few bytes): eight bytes at a time, then a final mix so that
-    // the low bits the table uses depend on every byte.
-    static std::uint64_t hash(const char *p, std::size_t n)
+    static std::uint64_t mezclar(std::uint64_t h)
+    {
+        h ^= h >> 31;
+        h *= 0xBF58476D1CE4E5B9ull;
+        h ^= h >> 29;
+        h *= 0x94D049BB133111EBull;
+        return h ^ (h >> 32);
+    }
+
+    static std::uint64_t hashLargo(const char *p, std::size_t n)
     {
         std::uint64_t h = 0x9E3779B97F4A7C15ull ^ n;
         while (n >= 8) {
             std::uint64_t w;
             std::memcpy(&w, p, 8);
-            h = (h ^ w) * 0xBF58476D1CE4E5B9ull;
-            h ^= h >> 31;
+            h = mezclar(h ^ w);
             p += 8;
             n -= 8;
         }
-        if (n > 0) {
-            std::uint64_t w = 0;
-            std::memcpy(&w, p, n);
-            h = (h ^ w) * 0x94D049BB133111EBull;
-        }
-        h ^= h >> 32;
-        h *= 0xD6E8FEB86659FD93ull;
-        return h ^ (h >> 32);
+        std::uint64_t w = 0;
+        std::memcpy(&w, p, n);
+        return mezclar(h ^ w);
     }
 
     void crecer()
     {
-        std::vector<int> nueva(m_tabla.size() * 2, -1);
+        std::vector<Ranura> nueva(m_tabla.size() * 2);
         const std::size_t mascara = nueva.size() - 1;
-        for (std::size_t e = 0; e < m_pos.size(); ++e) {
-            std::size_t i = std::size_t(m_pos[e].hash) & mascara;
-            while (nueva[i] >= 0)
+        for (const Ranura &r : m_tabla) {
+            if (r.indice < 0)
+                continue;
+            std::size_t i =
+                std::size_t(mezclar(r.a ^ (r.b * 0x9E3779B97F4A7C15ull) ^ r.largo)) & mascara;
+            while (nueva[i].indice >= 0)
                 i = (i + 1) & mascara;
-            nueva[i] = int(e);
+            nueva[i] = r;
         }
         m_tabla.swap(nueva);
     }
 
-    std::vector<int> m_tabla;
-    std::vector<Pos> m_pos;
+    std::vector<Ranura> m_tabla;
+    std::vector<std::size_t> m_inicio;
+    std::vector<std::uint32_t> m_largo;
     std::string m_claves;
 };
 
@@ -213,23 +234,27 @@ QString textoEstado(std::uint8_t estado)
 namespace {
 
 // A text of DatosVentas::textos: its length in `bytesLargo` bytes (little-endian), then itself.
-QString textoGuardado(const QByteArray &textos, std::uint32_t desde, int bytesLargo)
+QString textoGuardado(const TablaPlana<char> &textos, std::uint32_t desde, int bytesLargo)
 {
-    const auto *p = reinterpret_cast<const unsigned char *>(textos.constData()) + desde;
+    const auto *p = reinterpret_cast<const unsigned char *>(textos.data()) + desde;
     const int largo = bytesLargo == 2 ? p[0] | (p[1] << 8) : p[0];
     return QString::fromLatin1(reinterpret_cast<const char *>(p + bytesLargo), largo);
 }
 
-std::uint32_t guardarTexto(QByteArray &textos, const char *p, int n, int bytesLargo)
+// Writes a text behind its length at `w` (room checked by the caller); returns the byte after.
+char *escribirTexto(char *w, const char *p, int n, int bytesLargo)
 {
-    const auto desde = std::uint32_t(textos.size());
     n = std::min(n, bytesLargo == 2 ? 0xffff : 0xff);
-    textos.append(char(n & 0xff));
+    *w++ = char(n & 0xff);
     if (bytesLargo == 2)
-        textos.append(char(n >> 8));
-    textos.append(p, n);
-    return desde;
+        *w++ = char(n >> 8);
+    if (n > 0)
+        std::memcpy(w, p, std::size_t(n));
+    return w + n;
 }
+
+// The stored texts never pass this size: their offsets are 32-bit.
+constexpr std::size_t kMaximoTextos = std::size_t(std::numeric_limits<std::uint32_t>::max()) - 1024;
 
 } // namespace
 
@@ -245,14 +270,171 @@ QString DatosVentas::dato(const JugadaVenta &j) const
 
 QString DatosVentas::segundoMonto(const JugadaVenta &j) const
 {
-    const auto *p = reinterpret_cast<const unsigned char *>(textos.constData()) + j.dato;
+    const auto *p = reinterpret_cast<const unsigned char *>(textos.data()) + j.dato;
     return textoGuardado(textos, j.dato + 2 + std::uint32_t(p[0] | (p[1] << 8)), 1);
 }
 
-DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
-                           const QString &cjuego, const QString &csorteo, double factor)
+struct LectorVentas::Estado {
+    DatosVentas d;          // the plays and their texts read so far
+    std::size_t usados = 0; // bytes of d.textos in use; the rest is room to grow into
+    Internador bancas, agencias, numeros;
+    std::string resto;  // the start of a line whose end has not arrived yet
+    std::string ticket; // the ticket of the previous play, as sent
+    std::uint32_t ticketGuardado = 0;
+    bool hayTicket = false;
+    bool algo = false;    // some byte came before the first NUL
+    bool cortado = false; // the first NUL was seen (or the texts are full): no more lines
+    std::string clave;    // long agency code of a line too long for the stack buffer
+
+    void linea(const char *p, const char *eol);
+};
+
+LectorVentas::LectorVentas() : m(new Estado) {}
+
+LectorVentas::~LectorVentas() = default;
+
+bool LectorVentas::vacio() const
 {
-    DatosVentas d;
+    return !m->algo;
+}
+
+void LectorVentas::Estado::linea(const char *p, const char *eol)
+{
+    // Fields 0..11; with more, the twelfth ends at its comma and the rest is not read.
+    Campo f[12];
+    int nf = 0;
+    const char *inicio = p;
+    for (const char *q = p; q < eol; ++q) {
+        if (*q == ',') {
+            f[nf++] = {inicio, int(q - inicio)};
+            inicio = q + 1;
+            if (nf == 12)
+                break;
+        }
+    }
+    if (nf < 12)
+        f[nf++] = {inicio, int(eol - inicio)};
+    for (int k = nf; k < 12; ++k)
+        f[k] = {eol, 0};
+
+    // Room for the texts kept of this line: ticket, datum and second amount behind their
+    // lengths.
+    const std::size_t necesario = 5 + std::size_t(std::min(f[5].n, 0xffff)) +
+                                  std::size_t(std::min(f[6].n, 0xffff)) +
+                                  std::size_t(std::min(f[9].n, 0xff));
+    if (usados + necesario > d.textos.capacidad()) {
+        if (usados + necesario > kMaximoTextos) {
+            cortado = true;
+            return;
+        }
+        d.textos.reserve(std::min(
+            kMaximoTextos, std::max<std::size_t>(usados + necesario, usados + usados / 2 + 4096)));
+    }
+
+    JugadaVenta j;
+    bool nuevo = false;
+    j.banca = bancas.buscar(f[0].p, std::size_t(f[0].n), nuevo);
+    // The long agency code: banca, group chief, office and agency, one after the other.
+    const std::size_t largoClave =
+        std::size_t(f[0].n) + std::size_t(f[2].n) + std::size_t(f[3].n) + std::size_t(f[4].n);
+    char corta[128];
+    char *k = corta;
+    if (largoClave > sizeof corta) {
+        clave.resize(largoClave);
+        k = &clave[0];
+    }
+    char *w = k;
+    for (int c : {0, 2, 3, 4}) {
+        if (f[c].n > 0)
+            std::memcpy(w, f[c].p, std::size_t(f[c].n));
+        w += f[c].n;
+    }
+    j.agencia = agencias.buscar(k, largoClave, nuevo);
+    j.numero = numeros.buscar(f[7].p, std::size_t(f[7].n), nuevo);
+    const int segundos = leerHora(f[1].p, f[1].n);
+    j.minuto = std::int16_t(segundos < 0 ? -1 : segundos / 60);
+
+    char *base = d.textos.data();
+    char *t = base + usados;
+    // A ticket's plays come together: they share one copy of its text.
+    if (!hayTicket || std::size_t(f[5].n) != ticket.size() ||
+        std::memcmp(ticket.data(), f[5].p, std::size_t(f[5].n)) != 0) {
+        ticket.assign(f[5].p, std::size_t(f[5].n));
+        ticketGuardado = std::uint32_t(t - base);
+        hayTicket = true;
+        t = escribirTexto(t, f[5].p, f[5].n, 2);
+    }
+    j.ticket = ticketGuardado;
+    j.dato = std::uint32_t(t - base);
+    t = escribirTexto(t, f[6].p, f[6].n, 2);
+    t = escribirTexto(t, f[9].p, f[9].n, 1);
+    usados = std::size_t(t - base);
+
+    j.monto = leerMonto(f[8].p, f[8].n);
+    if (f[10].es('E'))
+        j.estado = JugadaVenta::Eliminado;
+    else if (f[11].es('X'))
+        j.estado = JugadaVenta::Pagado;
+    d.jugadas.push_back(j);
+}
+
+void LectorVentas::agregar(const char *p, qint64 n)
+{
+    Estado &e = *m;
+    if (e.cortado || n <= 0 || !p)
+        return;
+    const char *fin = p + n;
+    const void *nul = std::memchr(p, '\0', std::size_t(n));
+    if (nul)
+        fin = static_cast<const char *>(nul);
+    if (fin > p)
+        e.algo = true;
+    // The end of a line begun in an earlier piece.
+    if (!e.resto.empty()) {
+        const char *eol = static_cast<const char *>(std::memchr(p, '\n', std::size_t(fin - p)));
+        if (!eol) {
+            e.resto.append(p, std::size_t(fin - p));
+            p = fin;
+        } else {
+            e.resto.append(p, std::size_t(eol - p));
+            e.linea(e.resto.data(), e.resto.data() + e.resto.size());
+            e.resto.clear();
+            p = eol + 1;
+        }
+    }
+    while (p < fin && !e.cortado) {
+        const char *eol = static_cast<const char *>(std::memchr(p, '\n', std::size_t(fin - p)));
+        if (!eol) {
+            e.resto.assign(p, std::size_t(fin - p));
+            break;
+        }
+        if (eol != p)
+            e.linea(p, eol);
+        p = eol + 1;
+    }
+    // Past a NUL nothing is read; what came before it of its line is the reply's last line.
+    if (nul)
+        e.cortado = true;
+}
+
+DatosVentas LectorVentas::terminar(const ListasMonitor &listas, const QString &cjuego,
+                                   const QString &csorteo, double factor)
+{
+    Estado &e = *m;
+    // A last line without its line break still counts.
+    if (!e.resto.empty()) {
+        const bool cortado = e.cortado;
+        e.cortado = false;
+        e.linea(e.resto.data(), e.resto.data() + e.resto.size());
+        e.cortado = cortado || e.cortado;
+        std::string().swap(e.resto);
+    }
+    e.cortado = true;
+    DatosVentas d = std::move(e.d);
+    d.textos.resize(e.usados);
+    d.textos.ajustar();
+    d.jugadas.ajustar();
+
     const int nb = listas.indiceBancas.size();
     d.ventaBrutaBanca.fill(0, nb);
     d.comisionBanca.fill(0, nb);
@@ -262,105 +444,34 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
     d.hayResultado = listas.hayResultado(cjuego, csorteo);
     d.resultado = listas.resultado(cjuego, csorteo);
 
-    const char *base = bruto.constData();
-    const char *p = base;
-    const char *fin = base + bruto.size();
-    // Room for every line at once: counting them is cheaper than regrowing, and nothing is
-    // reserved twice.
-    std::size_t lineas = 1;
-    for (const char *q = p;
-         (q = static_cast<const char *>(std::memchr(q, '\n', std::size_t(fin - q)))) != nullptr;
-         ++q)
-        ++lineas;
-    d.jugadas.reserve(lineas);
-    // The kept texts never exceed the reply plus their lengths: reserving that bound never
-    // copies the block, and pages never written are never resident.
-    d.textos.reserve(int(std::min<qint64>(qint64(bruto.size()) + 5 * qint64(lineas),
-                                          std::numeric_limits<int>::max() - 64)));
-    // The ticket of the previous play: a ticket's plays come together and share its text.
-    const char *ticketAnterior = nullptr;
-    int largoAnterior = -1;
-    std::uint32_t ticketGuardado = 0;
+    // Names, commissions and the winning number, once per distinct text.
+    d.bancas.reserve(std::size_t(e.bancas.cantidad()));
+    for (int i = 0; i < e.bancas.cantidad(); ++i) {
+        const QString codigo = e.bancas.texto(i);
+        d.bancas.push_back({codigo, listas.banca(codigo), listas.indiceBanca(codigo)});
+    }
+    d.agencias.reserve(std::size_t(e.agencias.cantidad()));
+    for (int i = 0; i < e.agencias.cantidad(); ++i) {
+        const QString larga = e.agencias.texto(i);
+        d.agencias.push_back(
+            {larga, listas.agencia(larga), listas.comisionAgencia(larga, cjuego).toDouble() / 100});
+    }
+    d.numeros.reserve(std::size_t(e.numeros.cantidad()));
+    for (int i = 0; i < e.numeros.cantidad(); ++i) {
+        const QString numero = e.numeros.texto(i);
+        d.numeros.push_back({numero, listas.animal(cjuego, numero)});
+        if (d.hayResultado && d.numeroGanador < 0 && numero == d.resultado)
+            d.numeroGanador = i;
+    }
 
-    Internador bancas, agencias, numeros;
-    std::vector<int> filaResumen;
-    std::vector<int> filaDeAgencia;
-    std::string clave;
-    Campo f[12];
-
-    while (p < fin) {
-        const char *eol = static_cast<const char *>(std::memchr(p, '\n', std::size_t(fin - p)));
-        if (!eol)
-            eol = fin;
-        if (eol == p) {
-            ++p;
-            continue;
-        }
-        int nf = 0;
-        const char *c = p;
-        while (nf < 12) {
-            const char *coma = static_cast<const char *>(std::memchr(c, ',', std::size_t(eol - c)));
-            if (!coma) {
-                f[nf++] = {c, int(eol - c)};
-                break;
-            }
-            f[nf++] = {c, int(coma - c)};
-            c = coma + 1;
-        }
-        for (int k = nf; k < 12; ++k)
-            f[k] = {eol, 0};
-        p = eol + 1;
-
-        JugadaVenta j;
-        bool nuevo = false;
-        j.banca = bancas.buscar(f[0].p, std::size_t(f[0].n), nuevo);
-        if (nuevo) {
-            const QString codigo = f[0].texto();
-            d.bancas.push_back({codigo, listas.banca(codigo), listas.indiceBanca(codigo)});
-        }
-        clave.assign(f[0].p, std::size_t(f[0].n));
-        clave.append(f[2].p, std::size_t(f[2].n));
-        clave.append(f[3].p, std::size_t(f[3].n));
-        clave.append(f[4].p, std::size_t(f[4].n));
-        j.agencia = agencias.buscar(clave.data(), clave.size(), nuevo);
-        if (nuevo) {
-            const QString larga = QString::fromLatin1(clave.data(), int(clave.size()));
-            d.agencias.push_back({larga, listas.agencia(larga),
-                                  listas.comisionAgencia(larga, cjuego).toDouble() / 100});
-            filaDeAgencia.push_back(-1);
-        }
-        j.numero = numeros.buscar(f[7].p, std::size_t(f[7].n), nuevo);
-        if (nuevo) {
-            const QString numero = f[7].texto();
-            d.numeros.push_back({numero, listas.animal(cjuego, numero)});
-            filaResumen.push_back(-1);
-            if (d.hayResultado && numero == d.resultado)
-                d.numeroGanador = j.numero;
-        }
-        const int segundos = leerHora(f[1].p, f[1].n);
-        j.minuto = std::int16_t(segundos < 0 ? -1 : segundos / 60);
-        if (f[5].n != largoAnterior ||
-            std::memcmp(ticketAnterior, f[5].p, std::size_t(f[5].n)) != 0) {
-            ticketGuardado = guardarTexto(d.textos, f[5].p, f[5].n, 2);
-            ticketAnterior = f[5].p;
-            largoAnterior = f[5].n;
-        }
-        j.ticket = ticketGuardado;
-        j.dato = guardarTexto(d.textos, f[6].p, f[6].n, 2);
-        guardarTexto(d.textos, f[9].p, f[9].n, 1);
-        bool exacto = false;
-        std::int64_t centavos = 0;
-        j.monto = leerMonto(f[8].p, f[8].n, &exacto, &centavos);
-        if (f[10].es('E'))
-            j.estado = JugadaVenta::Eliminado;
-        else if (f[11].es('X'))
-            j.estado = JugadaVenta::Pagado;
-        d.jugadas.push_back(j);
+    // The sums, in reply order, over the plays that are not deleted.
+    std::vector<int> filaResumen(d.numeros.size(), -1);
+    std::vector<int> filaDeAgencia(d.agencias.size(), -1);
+    for (const JugadaVenta &j : d.jugadas) {
         if (j.estado == JugadaVenta::Eliminado)
             continue;
-
         // Every figure in whole cents before it is summed.
-        const std::int64_t cts = exacto ? centavos : aCentavos(j.monto);
+        const std::int64_t cts = aCentavos(j.monto);
         const std::int64_t comision =
             centavosCercanos(d.agencias[std::size_t(j.agencia)].comision * double(cts));
         const std::int64_t premioSiSale = centavosCercanos(factor * double(cts));
@@ -410,4 +521,12 @@ DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
         fila.monto =
             QString::number(deCentavos(d.numeros[std::size_t(fila.numero)].centavos), 'f', 2);
     return d;
+}
+
+DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
+                           const QString &cjuego, const QString &csorteo, double factor)
+{
+    LectorVentas lector;
+    lector.agregar(bruto);
+    return lector.terminar(listas, cjuego, csorteo, factor);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/centavos.h"
+#include "monitor/tablaplana.h"
 
 #include <QByteArray>
 #include <QString>
@@ -8,6 +9,7 @@
 #include <QVector>
 
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 class ListasMonitor;
@@ -66,8 +68,8 @@ struct DatosVentas {
         std::int64_t centavos;
     };
 
-    QByteArray textos;                // tickets, data and second amounts of the plays
-    std::vector<JugadaVenta> jugadas; // reply order
+    TablaPlana<char> textos;         // tickets, data and second amounts of the plays
+    TablaPlana<JugadaVenta> jugadas; // reply order
     std::vector<Banca> bancas;
     std::vector<Agencia> agencias;
     std::vector<Numero> numeros;
@@ -98,9 +100,35 @@ struct DatosVentas {
     QString segundoMonto(const JugadaVenta &j) const; // field 9 as sent
 };
 
-// Reads the sales reply (raw bytes, Latin-1, already cut at any NUL). Lines are separated by
-// "\n" and empty lines are skipped; fields by ","; missing fields count as empty. `cjuego` and
-// `csorteo` name the draw; `factor` is its prize factor.
+// Reads a sales reply piece by piece while it arrives, so that little is left to do when its
+// last byte is in and the reply itself never has to be held whole. Lines are separated by "\n"
+// and empty lines are skipped; fields by ","; missing fields count as empty; nothing from the
+// first NUL on is read. The lines are only split and stored here: names, commissions and sums
+// are worked out by terminar() with the lists as they stand then.
+class LectorVentas {
+public:
+    LectorVentas();
+    ~LectorVentas();
+    LectorVentas(const LectorVentas &) = delete;
+    LectorVentas &operator=(const LectorVentas &) = delete;
+
+    // The next bytes of the reply, in order; a line cut between two pieces waits for its rest.
+    void agregar(const char *p, qint64 n);
+    void agregar(const QByteArray &bytes) { agregar(bytes.constData(), bytes.size()); }
+    // True while no byte came before the first NUL: the server sent nothing.
+    bool vacio() const;
+    // Reads the last line (when the reply did not end in "\n") and builds everything the monitor
+    // shows. `cjuego` and `csorteo` name the draw; `factor` is its prize factor. The reader is
+    // spent afterwards.
+    DatosVentas terminar(const ListasMonitor &listas, const QString &cjuego, const QString &csorteo,
+                         double factor);
+
+private:
+    struct Estado;
+    std::unique_ptr<Estado> m;
+};
+
+// The whole reply at once (raw bytes, Latin-1), as LectorVentas reads it.
 DatosVentas analizarVentas(const QByteArray &bruto, const ListasMonitor &listas,
                            const QString &cjuego, const QString &csorteo, double factor);
 

@@ -20,6 +20,102 @@ class TstVentasMonitor : public QObject {
         return std::memcmp(&a, &b, sizeof a) == 0 || (a != a && b != b);
     }
 
+    // Everything a reply gave, as text, to compare two readings of it.
+    static QStringList volcado(const DatosVentas &d)
+    {
+        QStringList r;
+        for (const JugadaVenta &j : d.jugadas) {
+            quint64 bits;
+            std::memcpy(&bits, &j.monto, sizeof bits);
+            r << QStringLiteral("%1|%2|%3|%4|%5|%6|%7|%8|%9")
+                     .arg(j.banca)
+                     .arg(j.agencia)
+                     .arg(j.numero)
+                     .arg(d.ticket(j), d.dato(j), d.segundoMonto(j))
+                     .arg(j.minuto)
+                     .arg(bits)
+                     .arg(j.estado);
+        }
+        for (const auto &b : d.bancas)
+            r << b.codigo + '|' + b.nombre + '|' + QString::number(b.indiceBanca);
+        for (const auto &a : d.agencias)
+            r << a.clave + '|' + a.nombre + '|' + QString::number(a.comision, 'g', 17);
+        for (const auto &n : d.numeros)
+            r << QStringLiteral("%1|%2|%3|%4|%5")
+                     .arg(n.texto, n.nombre)
+                     .arg(n.jugadas)
+                     .arg(n.centavos)
+                     .arg(n.premio);
+        for (const auto &f : d.resumen)
+            r << QStringLiteral("R%1|%2|%3").arg(f.numero).arg(f.monto).arg(f.jugadas);
+        for (const auto &f : d.filasAgencia)
+            r << QStringLiteral("A%1|%2|%3|%4")
+                     .arg(f.agencia)
+                     .arg(f.banca)
+                     .arg(f.jugadas)
+                     .arg(f.centavos);
+        r << QStringLiteral("T%1|%2|%3|%4|%5|%6|%7|%8")
+                 .arg(d.cantidad)
+                 .arg(d.ventaBruta)
+                 .arg(d.comision)
+                 .arg(d.ventaBrutaResultado)
+                 .arg(d.comisionResultado)
+                 .arg(d.premios)
+                 .arg(d.numeroGanador)
+                 .arg(d.resultado);
+        for (int b = 0; b < d.ventaBrutaBanca.size(); ++b)
+            r << QStringLiteral("B%1|%2|%3|%4|%5")
+                     .arg(d.ventaBrutaBanca[b])
+                     .arg(d.comisionBanca[b])
+                     .arg(d.ventaNetaBanca[b])
+                     .arg(d.premiosBanca[b])
+                     .arg(d.utilidadBanca[b]);
+        return r;
+    }
+
+    // A reply with every kind of line: deleted and paid plays, tickets shared by consecutive
+    // plays, amounts that are not whole cents, empty lines, short and long lines, CR endings.
+    static QByteArray respuestaVariada(QRandomGenerator &g, int lineas)
+    {
+        static const char *const montos[] = {"1", "2.50", "0.29", "1.005", "-3", "1e2", "x", ""};
+        static const char *const horas[] = {"10:00:00", "23:59:59", "9:5:1", "", "24:00:00"};
+        QByteArray r;
+        int ticket = 0;
+        for (int i = 0; i < lineas; ++i) {
+            switch (g.bounded(12)) {
+            case 0:
+                r += "\n";
+                continue;
+            case 1:
+                r += QByteArray::number(g.bounded(3)) + ",10:00:00\r\n";
+                continue;
+            default:
+                break;
+            }
+            if (g.bounded(3) == 0)
+                ++ticket;
+            r += QByteArray::number(g.bounded(1, 4)) + ',' + horas[g.bounded(5)] + ',' +
+                 QByteArray::number(g.bounded(2)) + ",0," + QByteArray::number(g.bounded(5)) +
+                 ",T" + QByteArray::number(ticket) + ",d" + QByteArray::number(g.bounded(3)) + ',' +
+                 QByteArray::number(g.bounded(6)) + ',' + montos[g.bounded(8)] + ",0," +
+                 (g.bounded(6) == 0 ? "E" : "") + ',' + (g.bounded(5) == 0 ? "X" : "") +
+                 (g.bounded(8) == 0 ? ",sobra,mas" : "") + '\n';
+        }
+        if (g.bounded(2) == 0)
+            r += "2,11:00:00,0,0,1,Tfin,d,3,4.25,0,,"; // a last line with no line break
+        return r;
+    }
+
+    static ListasMonitor listasVariadas()
+    {
+        ListasMonitor L;
+        L.cargarSorteos("J;Sorteo J;1;1;30;1,2,3;Uno,Dos,Tres;S;10:00 AM\n");
+        L.cargarBancas("1,Uno\n2,Dos\n");
+        L.cargarAgencias("1,0,0,0,Ag A,J,10\n1,1,0,1,Ag B,J,7.5\n2,0,0,2,Ag C,J,12\n");
+        L.cargarResultados("cjuego,csorteo,resultado\nJ,S,3\n");
+        return L;
+    }
+
 private slots:
     void montosComoToDouble()
     {
@@ -174,6 +270,96 @@ private slots:
         QCOMPARE(r.sobreLimite, 1);
         QCOMPARE(r.resumen(2), QString::fromUtf8("1 número sobre el límite · peor: 1-Carnero paga "
                                                  "300.00 (sin venta neta)"));
+    }
+
+    // The reply read piece by piece, as it arrives, gives exactly what the whole reply read at
+    // once gives, wherever the pieces are cut (inside a field, between CR and LF, one byte at
+    // a time).
+    void lecturaPorTrozos()
+    {
+        const ListasMonitor L = listasVariadas();
+        QRandomGenerator g(77);
+        for (int vez = 0; vez < 40; ++vez) {
+            const QByteArray bruto = respuestaVariada(g, 1 + g.bounded(60));
+            const QStringList entera = volcado(analizarVentas(bruto, L, "J", "S", 30));
+            LectorVentas lector;
+            const int maximo = vez % 4 == 0 ? 1 : 1 + g.bounded(40);
+            for (int i = 0; i < bruto.size();) {
+                const int n = std::min(bruto.size() - i, 1 + g.bounded(maximo));
+                lector.agregar(bruto.constData() + i, n);
+                i += n;
+            }
+            QCOMPARE(lector.vacio(), bruto.isEmpty());
+            QCOMPARE(volcado(lector.terminar(L, "J", "S", 30)), entera);
+        }
+    }
+
+    // Nothing from the first NUL on is read, in whatever piece it comes: the line it cuts ends
+    // there, and a reply that starts with it is no answer at all.
+    void lecturaCortadaEnNul()
+    {
+        const ListasMonitor L = listasVariadas();
+        const QByteArray antes("1,10:00:00,0,0,0,T1,d,1,5,0,,\n2,10:00:00,1,0,1,T2,d,2,7.5");
+        const QByteArray despues(",0,,\n1,10:00:00,0,0,0,T3,d,3,9,0,,\n");
+        const QByteArray conNul = antes + QByteArray(1, '\0') + despues;
+        const QStringList esperado = volcado(analizarVentas(antes, L, "J", "S", 30));
+        for (int corte = 0; corte <= conNul.size(); ++corte) {
+            LectorVentas lector;
+            lector.agregar(conNul.left(corte));
+            lector.agregar(conNul.mid(corte));
+            QVERIFY(!lector.vacio());
+            const DatosVentas d = lector.terminar(L, "J", "S", 30);
+            QCOMPARE(int(d.jugadas.size()), 2);
+            QCOMPARE(d.ventaBruta, std::int64_t(1250));
+            QCOMPARE(volcado(d), esperado);
+        }
+        LectorVentas nada;
+        nada.agregar(QByteArray("\0"
+                                "1,10:00:00,0,0,0,T1,d,1,5,0,,\n",
+                                32));
+        QVERIFY(nada.vacio());
+        QVERIFY(nada.terminar(L, "J", "S", 30).jugadas.empty());
+    }
+
+    // Names, commissions and the result are those of the lists when the reading ends, not when
+    // the first line arrived: the lists may still be loading while the plays come in.
+    void listasDelFinal()
+    {
+        ListasMonitor L;
+        LectorVentas lector;
+        lector.agregar(QByteArray("1,10:00:00,0,0,0,T1,d,3,100,0,,\n"));
+        L = listasVariadas();
+        const DatosVentas d = lector.terminar(L, "J", "S", 30);
+        QCOMPARE(d.agencias[0].nombre, QStringLiteral("Ag A"));
+        QCOMPARE(d.comision, std::int64_t(1000));
+        QCOMPARE(d.premios, std::int64_t(300000));
+        QCOMPARE(d.numeros[0].nombre, QStringLiteral("Tres"));
+    }
+
+    // A table of plain values keeps its values when it grows past the size whose blocks are
+    // pages of their own and when it is cut back; copies are independent.
+    void tablaPlanaCreceYSeAjusta()
+    {
+        TablaPlana<std::uint32_t> t;
+        for (std::uint32_t i = 0; i < 700000; ++i)
+            t.push_back(i * 2654435761u);
+        QCOMPARE(t.size(), std::size_t(700000));
+        TablaPlana<std::uint32_t> copia = t;
+        copia[5] = 1;
+        t.ajustar();
+        QCOMPARE(t.capacidad(), t.size());
+        bool iguales = true;
+        for (std::uint32_t i = 0; i < 700000; ++i)
+            iguales = iguales && t[i] == i * 2654435761u;
+        QVERIFY(iguales);
+        QCOMPARE(copia[5], std::uint32_t(1));
+        t.resize(10);
+        t.ajustar();
+        QCOMPARE(t[9], 9u * 2654435761u);
+        TablaPlana<std::uint32_t> movida = std::move(copia);
+        QVERIFY(copia.empty());
+        QCOMPARE(movida.size(), std::size_t(700000));
+        QCOMPARE(movida[699999], 699999u * 2654435761u);
     }
 
     void textosDeLaJugada()
