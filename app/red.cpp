@@ -43,6 +43,13 @@ QNetworkReply *get(QNetworkAccessManager *manager, const QString &rutaYConsulta)
     return manager->get(QNetworkRequest(QUrl(urlBase() + rutaYConsulta)));
 }
 
+QNetworkReply *getGrande(QNetworkAccessManager *manager, const QString &rutaYConsulta)
+{
+    QNetworkRequest peticion(QUrl(urlBase() + rutaYConsulta));
+    peticion.setRawHeader("Accept-Encoding", "gzip");
+    return manager->get(peticion);
+}
+
 QString urlPeticion(const QString &ruta, const ItemsConsulta &items)
 {
     return armarUrl(ruta, items).toString(QUrl::FullyEncoded);

@@ -22,6 +22,11 @@ using ItemsConsulta = QVector<QPair<QString, QString>>;
 QString urlPeticion(const QString &rutaYConsulta);
 QNetworkReply *get(QNetworkAccessManager *manager, const QString &rutaYConsulta);
 
+// The same for a reply of many megabytes that the caller reads while it arrives: gzip is asked
+// for here, so the body comes as sent and the caller decodes it in pieces with
+// DecodificadorCuerpo (by the reply's Content-Encoding), never holding it whole.
+QNetworkReply *getGrande(QNetworkAccessManager *manager, const QString &rutaYConsulta);
+
 // Query-object form: items added one by one, "=" between key and value, "&" between items.
 QString urlPeticion(const QString &ruta, const ItemsConsulta &items);
 QNetworkReply *get(QNetworkAccessManager *manager, const QString &ruta, const ItemsConsulta &items);

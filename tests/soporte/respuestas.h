@@ -18,3 +18,7 @@ QByteArray respuestaReporteX(const QStringList &juegos, const QStringList &comis
 // sorteospremiar3.php: the games ("key;name;flag;numbers;animal names;kind") and their draws
 // ("game;draw;time").
 QByteArray respuestaSorteosPremiar(const QStringList &juegos, const QStringList &sorteos);
+
+// A body compressed as a server sends it: gzip (`zlib` false) or a zlib stream (the HTTP
+// "deflate" encoding), at compression level `nivel`.
+QByteArray comprimido(const QByteArray &cuerpo, bool zlib = false, int nivel = 6);

@@ -23,9 +23,17 @@ ServidorPrueba::ServidorPrueba() : m_servidor(std::make_unique<httplib::Server>(
         Generador generador;
         int demora = 0;
         int codigo = 200;
+        std::string codificacion;
+        bool codificar = false;
         {
             std::lock_guard<std::mutex> lock(m_mutex);
             m_peticiones.append(QString::fromLatin1(req.target.data(), int(req.target.size())));
+            m_cabeceras[endpoint] = {req.headers.begin(), req.headers.end()};
+            auto c = m_codificaciones.find(endpoint);
+            if (c != m_codificaciones.end()) {
+                codificar = true;
+                codificacion = c->second;
+            }
             auto r = m_respuestas.find(endpoint);
             if (r != m_respuestas.end())
                 cuerpo = r->second;
@@ -47,7 +55,13 @@ ServidorPrueba::ServidorPrueba() : m_servidor(std::make_unique<httplib::Server>(
             cuerpo.assign(generado.constData(), std::size_t(generado.size()));
         }
         res.status = codigo;
-        res.set_content(cuerpo, "text/plain; charset=ISO-8859-1");
+        if (codificar) {
+            // A type the library does not compress: the body goes out as given.
+            res.set_header("Content-Encoding", codificacion);
+            res.set_content(cuerpo, "application/octet-stream");
+        } else {
+            res.set_content(cuerpo, "text/plain; charset=ISO-8859-1");
+        }
     });
     m_puerto = m_servidor->bind_to_any_port("127.0.0.1");
     m_hilo = std::thread([this] { m_servidor->listen_after_bind(); });
@@ -91,6 +105,27 @@ void ServidorPrueba::estado(const QString &endpoint, int codigo)
 {
     std::lock_guard<std::mutex> lock(m_mutex);
     m_estados[endpoint.toStdString()] = codigo;
+}
+
+void ServidorPrueba::codificacion(const QString &endpoint, const QByteArray &contentEncoding)
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (contentEncoding.isEmpty())
+        m_codificaciones.erase(endpoint.toStdString());
+    else
+        m_codificaciones[endpoint.toStdString()] = contentEncoding.toStdString();
+}
+
+QByteArray ServidorPrueba::cabeceraPedida(const QString &endpoint, const QByteArray &nombre) const
+{
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto e = m_cabeceras.find(endpoint.toStdString());
+    if (e == m_cabeceras.end())
+        return QByteArray();
+    for (const auto &c : e->second)
+        if (QByteArray::fromStdString(c.first).compare(nombre, Qt::CaseInsensitive) == 0)
+            return QByteArray::fromStdString(c.second);
+    return QByteArray();
 }
 
 void ServidorPrueba::demorar(const QString &endpoint, int milisegundos)

@@ -47,6 +47,14 @@ public:
     // Holds replies to `endpoint` for `milisegundos` before answering.
     void demorar(const QString &endpoint, int milisegundos);
 
+    // Replies to `endpoint` go out as they are given, with this Content-Encoding: the test
+    // hands over a body it compressed (or broke) itself, and the server compresses nothing.
+    // An empty encoding goes back to plain replies.
+    void codificacion(const QString &endpoint, const QByteArray &contentEncoding);
+
+    // A header of the last request to `endpoint` ("" when it had none).
+    QByteArray cabeceraPedida(const QString &endpoint, const QByteArray &nombre) const;
+
     // Full request targets ("/Tornavo/TornavoSU/x.php?&f=..."), in arrival order.
     QStringList peticiones() const;
 
@@ -68,5 +76,7 @@ private:
     std::map<std::string, Generador> m_generadores;
     std::map<std::string, int> m_demoras;
     std::map<std::string, int> m_estados;
+    std::map<std::string, std::string> m_codificaciones;
+    std::map<std::string, std::multimap<std::string, std::string>> m_cabeceras;
     QStringList m_peticiones;
 };
