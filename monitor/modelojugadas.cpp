@@ -63,21 +63,28 @@ void ModeloJugadas::indexarNumeros() const
     m_filasNumero.resize(m_orden.size());
     if (!m_datos)
         return;
-    // The plays' numbers read in reply order into a small array, so that walking the rows in
-    // table order jumps around 4 bytes a play instead of a whole play.
+    // The plays' numbers in table order first, so that the grouping below reads 4 bytes a row
+    // in sequence.
     const auto &jugadas = m_datos->jugadas;
-    std::vector<std::int32_t> numero(jugadas.size());
-    for (std::size_t i = 0; i < jugadas.size(); ++i) {
-        numero[i] = jugadas[i].numero;
-        ++m_inicioNumero[std::size_t(numero[i]) + 1];
-    }
+    std::vector<std::int32_t> numeroFila(m_orden.size());
+    for (std::size_t f = 0; f < m_orden.size(); ++f)
+        numeroFila[f] = jugadas[std::size_t(m_orden[f])].numero;
+    agruparPorNumero(numeroFila);
+}
+
+void ModeloJugadas::agruparPorNumero(const std::vector<std::int32_t> &numeroFila) const
+{
+    m_indiceAlDia = true;
+    const std::size_t numeros = m_datos ? m_datos->numeros.size() : 0;
+    m_inicioNumero.assign(numeros + 1, 0);
+    m_filasNumero.resize(numeroFila.size());
+    for (std::int32_t n : numeroFila)
+        ++m_inicioNumero[std::size_t(n) + 1];
     for (std::size_t k = 1; k <= numeros; ++k)
         m_inicioNumero[k] += m_inicioNumero[k - 1];
     std::vector<int> siguiente(m_inicioNumero.begin(), m_inicioNumero.end() - 1);
-    for (int f = 0; f < int(m_orden.size()); ++f) {
-        const int n = numero[std::size_t(m_orden[std::size_t(f)])];
-        m_filasNumero[std::size_t(siguiente[std::size_t(n)]++)] = f;
-    }
+    for (std::size_t f = 0; f < numeroFila.size(); ++f)
+        m_filasNumero[std::size_t(siguiente[std::size_t(numeroFila[f])]++)] = int(f);
 }
 
 void ModeloJugadas::filasDeNumero(int numero, const int *&desde, const int *&hasta) const
@@ -281,30 +288,40 @@ void ModeloJugadas::sort(int column, Qt::SortOrder order)
             x = rangos - 1 - x;
     }
 
-    // Stable counting sort of the current order by rank.
+    // Stable counting sort of the current order by rank. The numbers of the plays are written
+    // down in their new rows on the way, so that where each number's plays now stand is known
+    // as soon as the order is: a click then costs in proportion to the number's plays.
     std::vector<int> inicio(std::size_t(rangos) + 1, 0);
     for (int i : m_orden)
         ++inicio[std::size_t(rango[std::size_t(clase[std::size_t(i)])]) + 1];
     for (std::size_t k = 1; k < inicio.size(); ++k)
         inicio[k] += inicio[k - 1];
     std::vector<int> nuevo(m_orden.size());
-    std::vector<int> filaNueva(m_orden.size());
+    std::vector<std::int32_t> numeroFila(m_orden.size());
     for (std::size_t f = 0; f < m_orden.size(); ++f) {
         const int i = m_orden[f];
         const int destino = inicio[std::size_t(rango[std::size_t(clase[std::size_t(i)])])]++;
         nuevo[std::size_t(destino)] = i;
-        filaNueva[f] = destino;
+        numeroFila[std::size_t(destino)] = d.jugadas[std::size_t(i)].numero;
     }
+    std::vector<int>().swap(clase);
 
     emit layoutAboutToBeChanged({}, QAbstractItemModel::VerticalSortHint);
     const QModelIndexList viejos = persistentIndexList();
-    QModelIndexList nuevos;
-    nuevos.reserve(viejos.size());
-    for (const QModelIndex &v : viejos)
-        nuevos.append(index(filaNueva[std::size_t(v.row())], v.column()));
+    if (!viejos.isEmpty()) {
+        // New row of each play, for the indexes the views keep (selection, current cell).
+        std::vector<int> filaDeJugada(m_orden.size());
+        for (std::size_t f = 0; f < nuevo.size(); ++f)
+            filaDeJugada[std::size_t(nuevo[f])] = int(f);
+        QModelIndexList nuevos;
+        nuevos.reserve(viejos.size());
+        for (const QModelIndex &v : viejos)
+            nuevos.append(
+                index(filaDeJugada[std::size_t(m_orden[std::size_t(v.row())])], v.column()));
+        changePersistentIndexList(viejos, nuevos);
+    }
     m_orden.swap(nuevo);
-    m_indiceAlDia = false;
-    changePersistentIndexList(viejos, nuevos);
+    agruparPorNumero(numeroFila);
     emit layoutChanged({}, QAbstractItemModel::VerticalSortHint);
 }
 

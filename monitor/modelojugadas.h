@@ -5,6 +5,7 @@
 #include <QAbstractTableModel>
 #include <QItemSelection>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -65,6 +66,8 @@ private:
     // Rows of each number in the current order, grouped by number; built when first asked
     // for after a load or a sort.
     void indexarNumeros() const;
+    // The same from the number of each row, in table order.
+    void agruparPorNumero(const std::vector<std::int32_t> &numeroFila) const;
 
     std::shared_ptr<const DatosVentas> m_datos;
     std::vector<int> m_orden;                // table row -> play index

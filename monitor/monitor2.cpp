@@ -1,6 +1,7 @@
 #include "monitor/monitor2.h"
 #include "ui_Monitor2.h"
 
+#include "app/descompresion.h"
 #include "app/formato.h"
 #include "app/red.h"
 #include "app/sesion.h"
@@ -35,6 +36,7 @@ namespace {
 const QString kEstiloEncabezado =
     QStringLiteral("background-color: rgb(0, 98, 147);\ncolor: rgb(255, 255, 255);");
 constexpr Qt::Alignment kDerecha = Qt::AlignRight | Qt::AlignVCenter;
+constexpr qint64 kBufferVentas = 1 << 20;
 
 QString montoCentavos(std::int64_t centavos)
 {
@@ -126,6 +128,8 @@ Monitor2::~Monitor2()
     // dialog that is going away.
     m_timer->stop();
     m_timerAuto->stop();
+    for (QNetworkReply *reply : m_lecturas.keys())
+        disconnect(reply, nullptr, this, nullptr);
     for (QNetworkAccessManager *red :
          {m_redSorteos, m_redBancas, m_redAgencias, m_redResultados, m_redVentas}) {
         disconnect(red, nullptr, this, nullptr);
@@ -416,15 +420,50 @@ void Monitor2::on_pushButton_actualizar_clicked()
 {
     cargarResultados();
     ui->pushButton_actualizar->setEnabled(false);
-    QNetworkReply *reply = red::get(m_redVentas, QStringLiteral("monitorventas.php?&f=") +
-                                                     fechaServidor(ui->dateEdit_fecha->date()) +
-                                                     QStringLiteral("&j=") + cjuegoActual());
+    QNetworkReply *reply =
+        red::getGrande(m_redVentas, QStringLiteral("monitorventas.php?&f=") +
+                                        fechaServidor(ui->dateEdit_fecha->date()) +
+                                        QStringLiteral("&j=") + cjuegoActual());
     m_pedidos.insert(reply, pedidoActual());
+    // The plays are read as they arrive: when the last byte is in, little is left to do, and
+    // the reply is never held whole. The network layer stops reading while this much waits
+    // here, so a reply that comes faster than it is read does not pile up in memory either.
+    reply->setReadBufferSize(kBufferVentas);
+    m_lecturas.insert(reply, std::make_shared<LecturaVentas>());
+    connect(reply, &QNetworkReply::readyRead, this, [this, reply] { leerVentas(reply); });
+}
+
+void Monitor2::leerVentas(QNetworkReply *reply)
+{
+    const auto lectura = m_lecturas.value(reply);
+    // An error page is drained and never read as plays.
+    const bool valida = lectura && red::respuestaValida(reply);
+    if (valida && !lectura->decodificador)
+        lectura->decodificador =
+            std::make_unique<DecodificadorCuerpo>(reply->rawHeader("Content-Encoding"));
+    const auto destino = [&lectura](const char *p, qint64 n) {
+        lectura->lector.agregar(p, n);
+    };
+    char trozo[1 << 16];
+    qint64 n = 0;
+    while ((n = reply->read(trozo, sizeof trozo)) > 0) {
+        if (valida)
+            lectura->decodificador->agregar(trozo, n, destino);
+    }
 }
 
 void Monitor2::respuestaVentas(QNetworkReply *reply)
 {
-    QByteArray bruto = red::bytesRespuesta(reply);
+    // What was read of a reply counts only when the reply is an answer and its body came
+    // whole; anything else is no answer.
+    std::shared_ptr<LectorVentas> lector;
+    if (red::respuestaValida(reply)) {
+        leerVentas(reply);
+        const auto lectura = m_lecturas.value(reply);
+        if (lectura && (!lectura->decodificador || lectura->decodificador->completo()))
+            lector = std::shared_ptr<LectorVentas>(lectura, &lectura->lector);
+    }
+    m_lecturas.remove(reply);
     const Pedido p = m_pedidos.take(reply);
     reply->deleteLater();
     if (!vigente(p)) {
@@ -435,11 +474,11 @@ void Monitor2::respuestaVentas(QNetworkReply *reply)
     // The results sent with this press decide Premios and the winning plays: wait for them.
     if (m_resultadosAtendidos < p.resultados) {
         m_ventasEnEspera = true;
-        m_brutoEnEspera = std::move(bruto);
+        m_lectorEnEspera = std::move(lector);
         m_pedidoEnEspera = p;
         return;
     }
-    mostrarVentas(std::move(bruto));
+    mostrarVentas(std::move(lector));
 }
 
 void Monitor2::atenderVentasEnEspera()
@@ -447,10 +486,10 @@ void Monitor2::atenderVentasEnEspera()
     if (!m_ventasEnEspera || m_resultadosAtendidos < m_pedidoEnEspera.resultados)
         return;
     m_ventasEnEspera = false;
-    QByteArray bruto = std::move(m_brutoEnEspera);
-    m_brutoEnEspera = QByteArray();
+    std::shared_ptr<LectorVentas> lector = std::move(m_lectorEnEspera);
+    m_lectorEnEspera.reset();
     if (vigente(m_pedidoEnEspera))
-        mostrarVentas(std::move(bruto));
+        mostrarVentas(std::move(lector));
     else
         descartarVentas();
 }
@@ -458,12 +497,12 @@ void Monitor2::atenderVentasEnEspera()
 void Monitor2::descartarVentas()
 {
     m_ventasEnEspera = false;
-    m_brutoEnEspera = QByteArray();
+    m_lectorEnEspera.reset();
     ui->pushButton_actualizar->setEnabled(true);
     emit ventasDescartadas();
 }
 
-void Monitor2::mostrarVentas(QByteArray bruto)
+void Monitor2::mostrarVentas(std::shared_ptr<LectorVentas> lector)
 {
     ui->tableWidget->setSortingEnabled(false);
     ui->tableWidget_resumen_numeros->setSortingEnabled(false);
@@ -474,11 +513,14 @@ void Monitor2::mostrarVentas(QByteArray bruto)
     ui->label_juego->setText(m_listas.nombresSorteo.value(indice));
     const QString cjuego = cjuegoActual();
 
-    auto datos = std::make_shared<DatosVentas>(analizarVentas(
-        bruto, m_listas, cjuego, csorteoActual(), m_listas.factoresSorteo.value(indice)));
-    mostrarFrescura(!bruto.isEmpty());
-    // Everything needed was taken from the reply; it is not kept.
-    bruto = QByteArray();
+    // No reader: an error or no answer at all, shown as an empty reply.
+    const bool hayRespuesta = lector && !lector->vacio();
+    auto datos = std::make_shared<DatosVentas>(
+        lector ? lector->terminar(m_listas, cjuego, csorteoActual(),
+                                  m_listas.factoresSorteo.value(indice))
+               : DatosVentas());
+    lector.reset();
+    mostrarFrescura(hayRespuesta);
     if (datos->jugadas.empty()) {
         ui->pushButton_actualizar->setFocus();
         emit ventasMostradas();

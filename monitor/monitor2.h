@@ -3,6 +3,7 @@
 #include "monitor/listasmonitor.h"
 #include "monitor/riesgo.h"
 #include "monitor/ventasmonitor.h"
+#include "app/descompresion.h"
 
 #include <QDate>
 #include <QDialog>
@@ -96,7 +97,8 @@ private:
     };
     Pedido pedidoActual() const;
     bool vigente(const Pedido &p) const;
-    void mostrarVentas(QByteArray bruto);
+    void mostrarVentas(std::shared_ptr<LectorVentas> lector);
+    void leerVentas(QNetworkReply *reply);
     void descartarVentas();
     void atenderVentasEnEspera();
     void pulsarAuto();
@@ -141,8 +143,14 @@ private:
     quint64 m_resultadosAplicados = 0;
     quint64 m_resultadosAtendidos = 0;
     QHash<QNetworkReply *, Pedido> m_pedidos;
+    // A sales reply is read while it arrives, each by its own decoder and reader.
+    struct LecturaVentas {
+        std::unique_ptr<DecodificadorCuerpo> decodificador; // made when the headers are in
+        LectorVentas lector;
+    };
+    QHash<QNetworkReply *, std::shared_ptr<LecturaVentas>> m_lecturas;
     bool m_ventasEnEspera = false;
-    QByteArray m_brutoEnEspera;
+    std::shared_ptr<LectorVentas> m_lectorEnEspera;
     Pedido m_pedidoEnEspera;
 
     std::int64_t m_ventaBruta = 0; // cents

@@ -5,6 +5,7 @@
 #include "tests/monitor/generador.h"
 #include "tests/monitor/referencia.h"
 #include "tests/soporte/prueba_main.h"
+#include "tests/soporte/respuestas.h"
 #include "tests/soporte/servidorprueba.h"
 
 #include <QCheckBox>
@@ -1162,6 +1163,68 @@ private slots:
                 literal::ordenar(lugares, 1);
                 QCOMPARE(Escena::contenido(donde->model()), lugares);
             }
+        }
+    }
+
+    // The sales reply is asked for in gzip and decoded while it arrives: compressed (in one
+    // member or several, or as a zlib stream) it fills the tables exactly as sent plain. A
+    // body that cannot be decoded whole is no answer, never a partial list of sales.
+    void ventasComprimidas()
+    {
+        const RepliesAleatorias r = generarReplies(11, 3000);
+        QByteArray ventas;
+        for (const QByteArray &l : r.ventas.split('\n'))
+            if (l.count(',') == 11)
+                ventas +=
+                    l.left(l.indexOf(',')) + l.mid(l.indexOf(',')).replace("J1-1", "L1-10") + "\n";
+        Escena e;
+        e.abrir();
+        QVERIFY(e.esperarCarga());
+        QVERIFY(e.ventas(0, ventas));
+        QCOMPARE(e.srv.cabeceraPedida("monitorventas.php", "Accept-Encoding"), QByteArray("gzip"));
+        const literal::Tabla plano = e.contenidoJugadas();
+        const QStringList totales = e.totales();
+        QVERIFY(plano.size() > 1000);
+        const literal::Tabla resumen = Escena::contenido(e.tabla("tableWidget_resumen_numeros"));
+
+        const int mitad = ventas.indexOf('\n', ventas.size() / 2) + 1;
+        const QPair<QByteArray, QByteArray> formas[] = {
+            {"gzip", comprimido(ventas)},
+            {"gzip", comprimido(ventas.left(mitad), false, 1) + comprimido(ventas.mid(mitad))},
+            {"deflate", comprimido(ventas, true)},
+        };
+        for (const auto &forma : formas) {
+            e.srv.codificacion("monitorventas.php", QByteArray());
+            QVERIFY(e.ventas(0, QByteArray("1,10:00:00,0,0,1,x,s,0,1,0,,\n")));
+            QCOMPARE(e.jugadas()->model()->rowCount(), 1);
+            e.srv.codificacion("monitorventas.php", forma.first);
+            QVERIFY(e.ventas(0, forma.second));
+            QCOMPARE(e.contenidoJugadas(), plano);
+            QCOMPARE(e.totales(), totales);
+            QCOMPARE(Escena::contenido(e.tabla("tableWidget_resumen_numeros")), resumen);
+            QVERIFY(e.label("label_actualizado").startsWith(QStringLiteral("Actualizado ")));
+        }
+
+        QByteArray roto = comprimido(ventas);
+        for (int i = roto.size() / 2; i < roto.size() / 2 + 32; ++i)
+            roto[i] = char(roto[i] ^ 0x33);
+        const QByteArray gz = comprimido(ventas);
+        const QPair<QByteArray, QByteArray> malas[] = {
+            {"gzip", roto},
+            {"gzip", gz.left(gz.size() * 2 / 3)},
+            {"gzip", gz + "basura"},
+            {"br", ventas},
+        };
+        for (const auto &mala : malas) {
+            e.srv.codificacion("monitorventas.php", "gzip");
+            QVERIFY(e.ventas(0, gz));
+            e.srv.codificacion("monitorventas.php", mala.first);
+            QCOMPARE(e.jugadas()->model()->rowCount(), plano.size());
+            QVERIFY(e.ventas(0, mala.second));
+            QCOMPARE(e.jugadas()->model()->rowCount(), 0);
+            QCOMPARE(e.label("label_jugadas"), QStringLiteral("0"));
+            QCOMPARE(e.label("label_actualizado"), QStringLiteral("Sin respuesta del servidor"));
+            QVERIFY(e.boton()->isEnabled());
         }
     }
 
