@@ -36,7 +36,6 @@ namespace {
 const QString kEstiloEncabezado =
     QStringLiteral("background-color: rgb(0, 98, 147);\ncolor: rgb(255, 255, 255);");
 constexpr Qt::Alignment kDerecha = Qt::AlignRight | Qt::AlignVCenter;
-constexpr qint64 kBufferVentas = 1 << 20;
 
 QString montoCentavos(std::int64_t centavos)
 {
@@ -426,9 +425,9 @@ void Monitor2::on_pushButton_actualizar_clicked()
                                         QStringLiteral("&j=") + cjuegoActual());
     m_pedidos.insert(reply, pedidoActual());
     // The plays are read as they arrive: when the last byte is in, little is left to do, and
-    // the reply is never held whole. The network layer stops reading while this much waits
-    // here, so a reply that comes faster than it is read does not pile up in memory either.
-    reply->setReadBufferSize(kBufferVentas);
+    // the reply is never held whole. What waits to be read meanwhile is still compressed. The
+    // network layer is not slowed down to match: a server must never see this console stop
+    // reading and drop the connection.
     m_lecturas.insert(reply, std::make_shared<LecturaVentas>());
     connect(reply, &QNetworkReply::readyRead, this, [this, reply] { leerVentas(reply); });
 }
