@@ -239,15 +239,12 @@ int main(int argc, char **argv)
                 q == std::string::npos ? std::string() : req.target.substr(q + 1);
             // The reply is moved into the response, never copied: a large sales list
             // costs its size once.
-            res.body = oficina->atenderConsulta(endpoint, consulta, direccionCliente(req, proxy));
+            servidor::Respuesta r =
+                oficina->responder(endpoint, consulta, direccionCliente(req, proxy), gzip);
+            res.body = std::move(r.cuerpo);
             res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
-            if (gzip && res.body.size() >= servidor::minimoParaComprimir) {
-                std::string comprimida;
-                if (servidor::comprimirGzip(res.body, comprimida)) {
-                    res.body.swap(comprimida);
-                    res.set_header("Content-Encoding", "gzip");
-                }
-            }
+            if (r.gzip)
+                res.set_header("Content-Encoding", "gzip");
         });
 
     int elegido = puerto;

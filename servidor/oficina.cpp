@@ -1,6 +1,7 @@
 #include "servidor/oficina.h"
 
 #include "servidor/basedatos.h"
+#include "servidor/compresion.h"
 #include "servidor/esquema.h"
 
 #include <sodium.h>
@@ -361,14 +362,39 @@ std::string Oficina::atenderConsulta(const std::string &endpoint, const std::str
 std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
                              const std::string &direccion)
 {
+    return atenderCon(endpoint, p, direccion, false).cuerpo;
+}
+
+Respuesta Oficina::responder(const std::string &endpoint, const std::string &consulta,
+                             const std::string &direccion, bool aceptaGzip)
+{
+    Respuesta r = atenderCon(endpoint, leerConsulta(consulta), direccion, aceptaGzip);
+    if (aceptaGzip && !r.gzip && r.cuerpo.size() >= minimoParaComprimir) {
+        std::string comprimida;
+        if (comprimirGzip(r.cuerpo, comprimida)) {
+            r.cuerpo.swap(comprimida);
+            r.gzip = true;
+        }
+    }
+    return r;
+}
+
+Respuesta Oficina::atenderCon(const std::string &endpoint, const Parametros &p,
+                              const std::string &direccion, bool gzip)
+{
+    auto texto = [](std::string latin1) {
+        Respuesta r;
+        r.cuerpo = std::move(latin1);
+        return r;
+    };
     try {
         if (endpoint == "validarUser.php")
-            return utf8ALatin1(validarUser(p, direccion));
+            return texto(utf8ALatin1(validarUser(p, direccion)));
         // The clock needs no database: it never waits for anything.
         if (endpoint == "datetime.php")
-            return utf8ALatin1(datetime());
+            return texto(utf8ALatin1(datetime()));
         if (!existeEndpoint(endpoint))
-            return std::string();
+            return Respuesta();
         Prestamo c(*this);
         sqlite3 *db = c.db();
         std::string usuario;
@@ -377,14 +403,17 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
             usuario = tocarSesion(direccion);
             if (usuario.empty()) {
                 auditarRechazo(db, direccion, "", endpoint, "rechazado: sin sesion");
-                return std::string();
+                return Respuesta();
             }
             if (!concedeOpcion(opcionesDe(db, usuario), opcion)) {
                 auditarRechazo(db, direccion, usuario, endpoint,
                                "rechazado: sin la opcion " + opcion);
-                return std::string();
+                return Respuesta();
             }
         }
+        // The sales list comes already in Latin-1 (and in gzip when the client takes it).
+        if (endpoint == "monitorventas.php")
+            return monitorventas(db, p, gzip);
         std::string r;
         if (endpoint == "sorteospremiar3.php")
             r = sorteospremiar3(db);
@@ -412,8 +441,6 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
             r = monitoragencias(db);
         else if (endpoint == "monitorresultados.php")
             r = monitorresultados(db, p);
-        else if (endpoint == "monitorventas.php")
-            r = monitorventas(db, p);
         else if (endpoint == "ventabancas2.php")
             r = ventabancas2(db, p);
         else if (endpoint == "reportex.php")
@@ -421,11 +448,11 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
         else if (endpoint == "sorteospendientes.php")
             r = sorteospendientes(db, p);
         utf8ALatin1EnSitio(r);
-        return r;
+        return texto(std::move(r));
     } catch (const std::exception &) {
         // A failing database or a malformed value never brings the server down: the console
         // sees an empty reply ("no answer").
-        return std::string();
+        return Respuesta();
     }
 }
 
@@ -979,76 +1006,178 @@ std::string Oficina::monitorresultados(sqlite3 *db, const Parametros &p)
 
 namespace {
 
+// One stretch of a sales list as one thread writes it. Every so often, at the end of a line,
+// the text written so far is turned into Latin-1 and, when the client takes gzip, compressed
+// and dropped: a large list never stands whole in memory uncompressed, and each thread
+// compresses its own stretch while the other one reads.
+class TramoVentas {
+public:
+    explicit TramoVentas(bool gzip) : m_gzip(gzip) {}
+
+    // The lines are appended here (UTF-8); lineaHecha() after each one.
+    std::string texto;
+
+    void lineaHecha()
+    {
+        if (texto.size() - m_convertido >= bloque)
+            avanzar();
+    }
+    // Converts what is left to Latin-1 (and compresses it when the list goes in gzip).
+    void avanzar()
+    {
+        const size_t n = utf8ALatin1EnSitio(&texto[m_convertido], texto.size() - m_convertido);
+        texto.resize(m_convertido + n);
+        m_convertido = texto.size();
+        if (m_gzip && !texto.empty()) {
+            m_z.agregar(texto.data(), texto.size());
+            texto.clear();
+            m_convertido = 0;
+        }
+    }
+    // Bytes of Latin-1 text so far (compressed or not).
+    unsigned long long longitud() const { return m_z.longitud() + texto.size(); }
+    bool comprimido() const { return m_z.longitud() > 0; }
+    // The compressed stretch, once everything was converted: avanzar() first.
+    TramoGzip &gzip() { return m_z; }
+
+private:
+    static constexpr size_t bloque = 128 * 1024;
+    bool m_gzip;
+    size_t m_convertido = 0;
+    TramoGzip m_z;
+};
+
+// The fields of the tickets a draw's plays name, "number,serial" and the ticket office.
+// A ticket is looked up by its id while few of its neighbours are asked for; once a block of
+// neighbouring ids has been asked for often, the whole block is read in one pass in id order,
+// several times cheaper per ticket than a search each. A large draw reads most of the day's
+// tickets in blocks, a small one looks up its few tickets one by one.
+class TicketsDeVentas {
+public:
+    struct Ticket {
+        long long oficina = 0;
+        std::string texto = ",";
+    };
+
+    explicit TicketsDeVentas(sqlite3 *db)
+        : m_uno(db, "SELECT taquilla_id, numero, serial FROM tickets WHERE id = ?1"),
+          m_bloque(db, "SELECT id, taquilla_id, numero, serial FROM tickets "
+                       "WHERE id >= ?1 AND id < ?2")
+    {
+    }
+
+    const Ticket &de(long long id)
+    {
+        const long long numeroBloque = id >= 0 ? id / porBloque : -1 - (-1 - id) / porBloque;
+        Bloque &b = m_bloques[numeroBloque];
+        const long long base = numeroBloque * porBloque;
+        if (!b.tickets.empty())
+            return b.tickets[static_cast<size_t>(id - base)];
+        const auto suelto = m_sueltos.find(id);
+        if (suelto != m_sueltos.end())
+            return suelto->second;
+        if (++b.buscados < buscadosAntesDelBloque) {
+            m_uno.reiniciar();
+            m_uno.bind(1, id);
+            Ticket t;
+            if (m_uno.paso())
+                t = leer(m_uno, 0);
+            return m_sueltos.emplace(id, std::move(t)).first->second;
+        }
+        b.tickets.resize(porBloque);
+        m_bloque.reiniciar();
+        m_bloque.bind(1, base).bind(2, base + porBloque);
+        while (m_bloque.paso())
+            b.tickets[static_cast<size_t>(m_bloque.entero(0) - base)] = leer(m_bloque, 1);
+        return b.tickets[static_cast<size_t>(id - base)];
+    }
+
+private:
+    static constexpr long long porBloque = 1024;
+    // A search costs about what reading 150 tickets in order does: a block is read once a
+    // good part of that is bound to be used.
+    static constexpr int buscadosAntesDelBloque = 48;
+
+    struct Bloque {
+        int buscados = 0;
+        std::vector<Ticket> tickets;
+    };
+
+    static Ticket leer(const Sentencia &st, int primera)
+    {
+        Ticket t;
+        t.oficina = st.entero(primera);
+        char numero[24];
+        const auto fin =
+            std::to_chars(numero, numero + sizeof numero, st.entero(primera + 1)).ptr;
+        t.texto.assign(numero, fin);
+        t.texto += ',';
+        agregarCampo(t.texto, st.vista(primera + 2));
+        return t;
+    }
+
+    Sentencia m_uno;
+    Sentencia m_bloque;
+    std::unordered_map<long long, Bloque> m_bloques;
+    std::unordered_map<long long, Ticket> m_sueltos;
+};
+
 // The monitor's lines of one draw and date for the plays sold from `desde` (included) to
 // `hasta` (excluded), appended to `r`.
 void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
                     const std::string &desde, const std::string &hasta,
-                    const std::unordered_map<long long, long long> &premios, std::string &r)
+                    const std::unordered_map<long long, long long> &premios, TramoVentas &tramo)
 {
     // The codes of each ticket office, read once per office seen: a play only names its
-    // office.
-    std::unordered_map<long long, std::string> oficinas;
+    // office. The banca's code goes before the time of sale, the others after it.
+    std::unordered_map<long long, std::pair<std::string, std::string>> oficinas;
     Sentencia codigos(db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo "
                           "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
                           "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
                           "WHERE tq.id = ?1");
-    auto codigosDe = [&](long long taquilla) -> const std::string & {
+    auto codigosDe = [&](long long taquilla) -> const std::pair<std::string, std::string> & {
         auto it = oficinas.find(taquilla);
         if (it != oficinas.end())
             return it->second;
         codigos.reiniciar();
         codigos.bind(1, taquilla);
-        std::string c = "\x01,,,";
+        std::pair<std::string, std::string> c("", ",,,");
         if (codigos.paso())
-            c = campo(codigos.texto(0)) + "\x01" + campo(codigos.texto(1)) + "," +
-                campo(codigos.texto(2)) + "," + campo(codigos.texto(3)) + ",";
+            c = {campo(codigos.texto(0)), campo(codigos.texto(1)) + "," +
+                                              campo(codigos.texto(2)) + "," +
+                                              campo(codigos.texto(3)) + ","};
         return oficinas.emplace(taquilla, std::move(c)).first->second;
     };
-    // The plays from the index alone; their ticket (office, number, serial) is read once per
-    // ticket, since a ticket's plays come one after the other.
+    // The plays from the index alone; their ticket (office, number, serial) is looked up once
+    // per ticket, since a ticket's plays come one after the other.
     Sentencia st(db, "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
                      "FROM jugadas INDEXED BY jugadas_sorteo_hora "
                      "WHERE sorteo_id = ?1 AND fecha = ?2 AND hora >= ?3 AND hora < ?4 "
                      "ORDER BY hora, ticket_id, id");
     st.bind(1, sorteoId).bind(2, fecha).bind(3, desde).bind(4, hasta);
-    Sentencia ticket(db, "SELECT taquilla_id, numero, serial FROM tickets WHERE id = ?1");
+    TicketsDeVentas tickets(db);
     long long ultimoTicket = -1;
     long long ultimaOficina = -1;
-    std::string banca, resto, deTicket;
+    const TicketsDeVentas::Ticket *ticket = nullptr;
+    const std::pair<std::string, std::string> *oficina = nullptr;
+    std::string &r = tramo.texto;
     while (st.paso()) {
         const long long ticketId = st.entero(1);
-        if (ticketId != ultimoTicket) {
+        if (ticketId != ultimoTicket || !ticket) {
             ultimoTicket = ticketId;
-            ticket.reiniciar();
-            ticket.bind(1, ticketId);
-            long long oficina = 0;
-            deTicket.clear();
-            if (ticket.paso()) {
-                oficina = ticket.entero(0);
-                char numero[24];
-                const auto fin =
-                    std::to_chars(numero, numero + sizeof numero, ticket.entero(1)).ptr;
-                deTicket.append(numero, fin);
-                deTicket += ',';
-                agregarCampo(deTicket, ticket.vista(2));
-            } else {
-                deTicket = ",";
-            }
-            if (oficina != ultimaOficina) {
-                const std::string &c = codigosDe(oficina);
-                const size_t corte = c.find('\x01');
-                banca = c.substr(0, corte);
-                resto = c.substr(corte + 1);
-                ultimaOficina = oficina;
+            ticket = &tickets.de(ticketId);
+            if (ticket->oficina != ultimaOficina || !oficina) {
+                oficina = &codigosDe(ticket->oficina);
+                ultimaOficina = ticket->oficina;
             }
         }
         // Appended field by field from SQLite's own buffers: a million lines, no temporaries.
-        r += banca;
+        r += oficina->first;
         r += ',';
         agregarCampo(r, st.vista(0));
         r += ',';
-        r += resto;
-        r += deTicket;
+        r += oficina->second;
+        r += ticket->texto;
         r += ',';
         agregarCampo(r, st.vista(2));
         r += ',';
@@ -1061,12 +1190,52 @@ void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
             agregarMonto(r, premio->second);
         r += st.entero(5) ? ",E," : ",,";
         r += st.entero(6) ? "X\n" : "\n";
+        tramo.lineaHecha();
     }
+    tramo.avanzar();
+}
+
+// The reply made of the stretches, in order.
+Respuesta juntarVentas(std::vector<TramoVentas> &tramos, bool gzip)
+{
+    unsigned long long total = 0;
+    bool comprimido = false;
+    for (const TramoVentas &t : tramos) {
+        total += t.longitud();
+        comprimido = comprimido || t.comprimido();
+    }
+    Respuesta r;
+    // A draw without sales answers a lone line break: an empty body means "no answer" to
+    // the console, which would report a server failure for a draw nobody played yet.
+    if (total == 0) {
+        r.cuerpo = "\n";
+        return r;
+    }
+    if (!gzip || (!comprimido && total < minimoParaComprimir)) {
+        r.cuerpo = std::move(tramos.front().texto);
+        r.cuerpo.reserve(static_cast<size_t>(total));
+        for (size_t i = 1; i < tramos.size(); ++i)
+            r.cuerpo += tramos[i].texto;
+        return r;
+    }
+    std::vector<TramoGzip> z;
+    for (size_t i = 0; i < tramos.size(); ++i) {
+        TramoVentas &t = tramos[i];
+        t.gzip().agregar(t.texto.data(), t.texto.size());
+        std::string().swap(t.texto);
+        t.gzip().terminar(i + 1 == tramos.size());
+        z.push_back(std::move(t.gzip()));
+    }
+    r.cuerpo = unirGzip(z);
+    if (r.cuerpo.empty())
+        throw ErrorBaseDatos("monitorventas: zlib fallo");
+    r.gzip = true;
+    return r;
 }
 
 } // namespace
 
-std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
+Respuesta Oficina::monitorventas(sqlite3 *db, const Parametros &p, bool gzip)
 {
     // The monitor's game code names the game and the draw together: "<game key>-<draw key>:".
     // The draw is found first among the few draws, so that its plays come straight from the
@@ -1078,7 +1247,7 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
                          "WHERE j.clave || '-' || s.clave || ':' = ?1");
         st.bind(1, valor(p, "j"));
         if (!st.paso())
-            return std::string();
+            return Respuesta();
         sorteoId = st.entero(0);
     }
     long long total = 0;
@@ -1099,15 +1268,15 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
         while (st.paso())
             premios[st.entero(0)] = st.entero(1);
     }
-    std::string r;
-    r.reserve(static_cast<size_t>(total) * 72 + 64);
     // Times of sale are "hh:mm:ss": "" comes before all of them and "~" after.
     const std::string antes = "", despues = "~";
+    std::vector<TramoVentas> tramos;
     if (total < m_jugadasParaDosHilos) {
-        lineasDeVentas(db, sorteoId, fecha, antes, despues, premios, r);
-        // A draw without sales answers a lone line break: an empty body means "no answer" to
-        // the console, which would report a server failure for a draw nobody played yet.
-        return r.empty() ? std::string("\n") : r;
+        tramos.emplace_back(gzip);
+        if (!gzip)
+            tramos.front().texto.reserve(static_cast<size_t>(total) * 48 + 64);
+        lineasDeVentas(db, sorteoId, fecha, antes, despues, premios, tramos.front());
+        return juntarVentas(tramos, gzip);
     }
     // A large draw is read in two halves by time of sale, the later half on a second
     // connection in a second thread, so that both cores work on it.
@@ -1119,19 +1288,21 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
         st.bind(1, sorteoId).bind(2, fecha).bind(3, total / 2);
         mitad = st.paso() ? st.texto(0) : despues;
     }
-    std::string segunda;
+    tramos.emplace_back(gzip);
+    tramos.emplace_back(gzip);
+    if (!gzip)
+        tramos.front().texto.reserve(static_cast<size_t>(total) * 48 + 64);
     bool fallo = false;
     std::thread otra([&] {
         try {
             Prestamo conexion(*this);
-            segunda.reserve(static_cast<size_t>(total) * 40);
-            lineasDeVentas(conexion.db(), sorteoId, fecha, mitad, despues, premios, segunda);
+            lineasDeVentas(conexion.db(), sorteoId, fecha, mitad, despues, premios, tramos[1]);
         } catch (const std::exception &) {
             fallo = true;
         }
     });
     try {
-        lineasDeVentas(db, sorteoId, fecha, antes, mitad, premios, r);
+        lineasDeVentas(db, sorteoId, fecha, antes, mitad, premios, tramos[0]);
     } catch (...) {
         otra.join();
         throw;
@@ -1139,8 +1310,7 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
     otra.join();
     if (fallo)
         throw ErrorBaseDatos("monitorventas: la segunda mitad fallo");
-    r += segunda;
-    return r;
+    return juntarVentas(tramos, gzip);
 }
 
 // ---- reports ------------------------------------------------------------------------------

@@ -98,12 +98,11 @@ std::string latin1AUtf8(const std::string &texto)
     return salida;
 }
 
-void utf8ALatin1EnSitio(std::string &texto)
+size_t utf8ALatin1EnSitio(char *texto, size_t n)
 {
     // Latin-1 never takes more bytes than UTF-8, so the text is rewritten over itself.
     size_t escrito = 0;
     size_t i = 0;
-    const size_t n = texto.size();
     while (i < n) {
         const unsigned char c = static_cast<unsigned char>(texto[i]);
         if (c < 0x80) {
@@ -135,7 +134,12 @@ void utf8ALatin1EnSitio(std::string &texto)
         texto[escrito++] = punto <= 0xFF ? static_cast<char>(punto) : '?';
         i += extra + 1;
     }
-    texto.resize(escrito);
+    return escrito;
+}
+
+void utf8ALatin1EnSitio(std::string &texto)
+{
+    texto.resize(utf8ALatin1EnSitio(&texto[0], texto.size()));
 }
 
 std::string utf8ALatin1(const std::string &texto)
