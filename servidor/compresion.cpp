@@ -92,8 +92,6 @@ void TramoGzip::comprimir(int modo)
         }
         m_salida.append(trozo, sizeof trozo - m_z->avail_out);
     } while (m_z->avail_out == 0);
-    if (modo == Z_FINISH && rc != Z_STREAM_END)
-        m_bien = false;
 }
 
 void TramoGzip::agregar(const char *datos, size_t n)
@@ -114,7 +112,7 @@ void TramoGzip::agregar(const char *datos, size_t n)
     }
 }
 
-void TramoGzip::terminar(bool ultimo)
+void TramoGzip::terminar()
 {
     if (!m_bien || m_terminado)
         return;
@@ -122,19 +120,19 @@ void TramoGzip::terminar(bool ultimo)
     m_z->avail_in = 0;
     // A sync flush ends the stretch on a byte boundary with an empty stored block, not the
     // final one: the next stretch's blocks follow it directly.
-    comprimir(ultimo ? Z_FINISH : Z_SYNC_FLUSH);
+    comprimir(Z_SYNC_FLUSH);
     m_terminado = true;
     deflateEnd(m_z.get());
     m_z.reset();
 }
 
-std::string unirGzip(std::vector<TramoGzip> &tramos)
+std::string unirGzip(std::vector<TramoGzip *> &tramos)
 {
-    size_t total = 18;
-    for (const TramoGzip &t : tramos) {
-        if (!t.m_bien || !t.m_terminado)
+    size_t total = 20;
+    for (const TramoGzip *t : tramos) {
+        if (!t->m_bien || !t->m_terminado)
             return std::string();
-        total += t.m_salida.size();
+        total += t->m_salida.size();
     }
     // Header: magic, deflate, no flags, no time, "fastest" (as zlib writes it for level 1),
     // Unix.
@@ -144,12 +142,16 @@ std::string unirGzip(std::vector<TramoGzip> &tramos)
     r.append(reinterpret_cast<const char *>(cabecera), sizeof cabecera);
     unsigned long crc = crc32(0L, Z_NULL, 0);
     unsigned long long longitud = 0;
-    for (TramoGzip &t : tramos) {
-        r += t.m_salida;
-        std::string().swap(t.m_salida);
-        crc = crc32_combine(crc, t.m_crc, static_cast<z_off_t>(t.m_longitud));
-        longitud += t.m_longitud;
+    for (TramoGzip *t : tramos) {
+        r += t->m_salida;
+        std::string().swap(t->m_salida);
+        crc = crc32_combine(crc, t->m_crc, static_cast<z_off_t>(t->m_longitud));
+        longitud += t->m_longitud;
     }
+    // The final block, empty, with fixed codes: a set "last" bit, type 01, the end-of-block
+    // code (seven zero bits), padded to the byte.
+    r.push_back('\x03');
+    r.push_back('\x00');
     // Trailer: CRC-32 and length modulo 2^32 of the whole text, little-endian.
     for (unsigned long v : {crc, static_cast<unsigned long>(longitud & 0xFFFFFFFFu)})
         for (int i = 0; i < 4; ++i)

@@ -22,10 +22,10 @@ constexpr int nivelGzip = 1;
 bool comprimirGzip(const std::string &entrada, std::string &salida, int nivel = nivelGzip);
 
 // One stretch of a gzip reply, compressed by itself: deflate blocks of its own text that end
-// on a byte boundary (a sync flush), or with the final block for the last stretch of the
-// reply. Stretches compressed apart, on different threads, and joined in order by unirGzip()
-// make a single gzip member with a single deflate stream, which every gzip reader takes as
-// it takes any other (it never needs to handle several members).
+// on a byte boundary (a sync flush) and are never the final block. Stretches compressed apart,
+// on different threads and in any order, and joined in the order of their text by unirGzip()
+// make a single gzip member holding a single deflate stream, which every gzip reader takes as
+// it takes any other (it never has to handle several members).
 class TramoGzip {
 public:
     explicit TramoGzip(int nivel = nivelGzip);
@@ -37,9 +37,8 @@ public:
 
     // Compresses `n` more bytes of the stretch's text.
     void agregar(const char *datos, size_t n);
-    // Ends the stretch; the last one of a reply closes the deflate stream. Nothing may be
-    // added afterwards.
-    void terminar(bool ultimo);
+    // Ends the stretch. Nothing may be added afterwards.
+    void terminar();
 
     // False when zlib failed: the reply must not be sent from these stretches.
     bool bien() const { return m_bien; }
@@ -47,7 +46,7 @@ public:
     unsigned long long longitud() const { return m_longitud; }
 
 private:
-    friend std::string unirGzip(std::vector<TramoGzip> &tramos);
+    friend std::string unirGzip(std::vector<TramoGzip *> &tramos);
     void comprimir(int modo);
 
     std::unique_ptr<z_stream_s> m_z;
@@ -58,10 +57,10 @@ private:
     bool m_terminado = false;
 };
 
-// The gzip member (header, the stretches' deflate data in order, trailer) of ended stretches,
-// the last one ended with `ultimo`. The stretches are emptied as they are copied. "" when
+// The gzip member of ended stretches given in the order of their text: header, their deflate
+// data, an empty final block, trailer. The stretches are emptied as they are copied. "" when
 // one of them failed.
-std::string unirGzip(std::vector<TramoGzip> &tramos);
+std::string unirGzip(std::vector<TramoGzip *> &tramos);
 
 // True when an Accept-Encoding header value offers gzip ("gzip, deflate, br").
 bool ofreceGzip(const std::string &aceptada);

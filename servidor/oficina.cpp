@@ -1006,64 +1006,199 @@ std::string Oficina::monitorresultados(sqlite3 *db, const Parametros &p)
 
 namespace {
 
-// One stretch of a sales list as one thread writes it. Every so often, at the end of a line,
-// the text written so far is turned into Latin-1 and, when the client takes gzip, compressed
-// and dropped: a large list never stands whole in memory uncompressed, and each thread
-// compresses its own stretch while the other one reads.
-class TramoVentas {
+// What one thread writes of a sales list. Every so often, at the end of a line, the text
+// written so far is turned into Latin-1 and, when the client takes gzip, compressed and
+// dropped: a large list never stands whole in memory uncompressed, and each thread compresses
+// its own part while the other one reads.
+//
+// A thread that reads backwards (from the last play) writes its lines in reverse order; each
+// piece is put back in order before it is converted, and its pieces come out last first.
+class SalidaVentas {
 public:
-    explicit TramoVentas(bool gzip) : m_gzip(gzip) {}
+    SalidaVentas(bool gzip, bool haciaAtras) : m_gzip(gzip), m_haciaAtras(haciaAtras)
+    {
+        if (m_gzip && !m_haciaAtras)
+            m_comprimidos.emplace_back();
+    }
 
-    // The lines are appended here (UTF-8); lineaHecha() after each one.
+    // The lines are appended here (UTF-8), then lineaHecha().
     std::string texto;
 
     void lineaHecha()
     {
-        if (texto.size() - m_convertido >= bloque)
+        if (m_haciaAtras) {
+            m_finales.push_back(texto.size());
+            if (texto.size() >= piezaHaciaAtras)
+                cerrarPiezaHaciaAtras();
+        } else if (texto.size() - m_convertido >= piezaHaciaAdelante) {
             avanzar();
+        }
     }
-    // Converts what is left to Latin-1 (and compresses it when the list goes in gzip).
+    // Everything written is converted; read backwards, also compressed. Reading forwards,
+    // the rest is compressed by comprimirResto(), once the reply is known to go in gzip: a
+    // short one goes as it is.
+    void terminar()
+    {
+        if (m_haciaAtras) {
+            cerrarPiezaHaciaAtras();
+            std::string().swap(texto);
+        } else {
+            const size_t n = utf8ALatin1EnSitio(&texto[m_convertido], texto.size() - m_convertido);
+            texto.resize(m_convertido + n);
+            m_convertido = texto.size();
+        }
+    }
+    void comprimirResto()
+    {
+        if (!m_gzip || m_haciaAtras)
+            return;
+        m_comprimidos.back().agregar(texto.data(), texto.size());
+        std::string().swap(texto);
+        m_convertido = 0;
+        m_comprimidos.back().terminar();
+    }
+    bool algoComprimido() const
+    {
+        for (const TramoGzip &z : m_comprimidos)
+            if (z.longitud() > 0)
+                return true;
+        return false;
+    }
+
+    // Bytes of Latin-1 text in all.
+    unsigned long long longitud() const
+    {
+        unsigned long long n = texto.size();
+        for (const TramoGzip &z : m_comprimidos)
+            n += z.longitud();
+        for (const std::string &t : m_planos)
+            n += t.size();
+        return n;
+    }
+    // The pieces in the order of the text, after terminar(): compressed or plain.
+    void piezas(std::vector<TramoGzip *> &comprimidos, std::vector<std::string *> &planos)
+    {
+        if (m_haciaAtras) {
+            for (auto z = m_comprimidos.rbegin(); z != m_comprimidos.rend(); ++z)
+                comprimidos.push_back(&*z);
+            for (auto t = m_planos.rbegin(); t != m_planos.rend(); ++t)
+                planos.push_back(&*t);
+        } else {
+            for (TramoGzip &z : m_comprimidos)
+                comprimidos.push_back(&z);
+            planos.push_back(&texto);
+        }
+    }
+
+private:
+    static constexpr size_t piezaHaciaAdelante = 128 * 1024;
+    // Each piece read backwards is compressed by itself: large enough that starting afresh
+    // costs little of the compression.
+    static constexpr size_t piezaHaciaAtras = 1024 * 1024;
+
     void avanzar()
     {
         const size_t n = utf8ALatin1EnSitio(&texto[m_convertido], texto.size() - m_convertido);
         texto.resize(m_convertido + n);
         m_convertido = texto.size();
         if (m_gzip && !texto.empty()) {
-            m_z.agregar(texto.data(), texto.size());
+            m_comprimidos.back().agregar(texto.data(), texto.size());
             texto.clear();
             m_convertido = 0;
         }
     }
-    // Bytes of Latin-1 text so far (compressed or not).
-    unsigned long long longitud() const { return m_z.longitud() + texto.size(); }
-    bool comprimido() const { return m_z.longitud() > 0; }
-    // The compressed stretch, once everything was converted: avanzar() first.
-    TramoGzip &gzip() { return m_z; }
 
-private:
-    static constexpr size_t bloque = 128 * 1024;
+    void cerrarPiezaHaciaAtras()
+    {
+        if (m_finales.empty())
+            return;
+        std::string pieza;
+        pieza.reserve(texto.size());
+        for (size_t i = m_finales.size(); i-- > 0;) {
+            const size_t inicio = i == 0 ? 0 : m_finales[i - 1];
+            pieza.append(texto, inicio, m_finales[i] - inicio);
+        }
+        texto.clear();
+        m_finales.clear();
+        pieza.resize(utf8ALatin1EnSitio(&pieza[0], pieza.size()));
+        if (m_gzip) {
+            m_comprimidos.emplace_back();
+            m_comprimidos.back().agregar(pieza.data(), pieza.size());
+            m_comprimidos.back().terminar();
+        } else {
+            m_planos.push_back(std::move(pieza));
+        }
+    }
+
     bool m_gzip;
+    bool m_haciaAtras;
     size_t m_convertido = 0;
-    TramoGzip m_z;
+    std::vector<size_t> m_finales;
+    std::vector<TramoGzip> m_comprimidos;
+    std::vector<std::string> m_planos;
 };
 
-// The fields of the tickets a draw's plays name, "number,serial" and the ticket office.
-// A ticket is looked up by its id while few of its neighbours are asked for; once a block of
+// Where the two threads of a large draw meet. The one reading forwards takes each time of
+// sale before it writes its plays, the one reading backwards likewise from the other end; a
+// time taken by one is never taken by the other, and each stops at the first time the other
+// one already holds. So every play is written once, whatever the speed of each thread, and
+// neither waits for the other.
+class Encuentro {
+public:
+    bool tomarHaciaAdelante(std::string_view hora)
+    {
+        std::lock_guard<std::mutex> candado(m_mutex);
+        if (m_hayAtras && hora >= m_desdeAtras)
+            return false;
+        m_hastaAdelante.assign(hora.data(), hora.size());
+        m_hayAdelante = true;
+        return true;
+    }
+    bool tomarHaciaAtras(std::string_view hora)
+    {
+        std::lock_guard<std::mutex> candado(m_mutex);
+        if (m_hayAdelante && hora <= m_hastaAdelante)
+            return false;
+        m_desdeAtras.assign(hora.data(), hora.size());
+        m_hayAtras = true;
+        return true;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::string m_hastaAdelante, m_desdeAtras;
+    bool m_hayAdelante = false, m_hayAtras = false;
+};
+
+// The codes of a ticket office as they go in a line: the banca's before the time of sale,
+// the chief's, agency's and office's after it.
+struct CodigosOficina {
+    std::string banca;
+    std::string resto = ",,,";
+};
+
+// The fields of the tickets a draw's plays name ("number,serial" and the office's codes).
+// A ticket is looked up by its id while few of its neighbours were asked for; once a block of
 // neighbouring ids has been asked for often, the whole block is read in one pass in id order,
 // several times cheaper per ticket than a search each. A large draw reads most of the day's
 // tickets in blocks, a small one looks up its few tickets one by one.
 class TicketsDeVentas {
 public:
     struct Ticket {
-        long long oficina = 0;
+        const CodigosOficina *oficina = nullptr;
         std::string texto = ",";
     };
 
     explicit TicketsDeVentas(sqlite3 *db)
         : m_uno(db, "SELECT taquilla_id, numero, serial FROM tickets WHERE id = ?1"),
           m_bloque(db, "SELECT id, taquilla_id, numero, serial FROM tickets "
-                       "WHERE id >= ?1 AND id < ?2")
+                       "WHERE id >= ?1 AND id < ?2"),
+          m_codigos(db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo "
+                        "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
+                        "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
+                        "WHERE tq.id = ?1")
     {
+        m_ninguno.oficina = &oficina(0);
     }
 
     const Ticket &de(long long id)
@@ -1079,12 +1214,12 @@ public:
         if (++b.buscados < buscadosAntesDelBloque) {
             m_uno.reiniciar();
             m_uno.bind(1, id);
-            Ticket t;
+            Ticket t = m_ninguno;
             if (m_uno.paso())
                 t = leer(m_uno, 0);
             return m_sueltos.emplace(id, std::move(t)).first->second;
         }
-        b.tickets.resize(porBloque);
+        b.tickets.assign(porBloque, m_ninguno);
         m_bloque.reiniciar();
         m_bloque.bind(1, base).bind(2, base + porBloque);
         while (m_bloque.paso())
@@ -1095,7 +1230,7 @@ public:
 private:
     static constexpr long long porBloque = 1024;
     // A search costs about what reading 150 tickets in order does: a block is read once a
-    // good part of that is bound to be used.
+    // good part of it is bound to be used.
     static constexpr int buscadosAntesDelBloque = 48;
 
     struct Bloque {
@@ -1103,13 +1238,29 @@ private:
         std::vector<Ticket> tickets;
     };
 
-    static Ticket leer(const Sentencia &st, int primera)
+    // The codes of an office, read once per office seen (the map keeps them in place).
+    const CodigosOficina &oficina(long long taquilla)
+    {
+        auto it = m_oficinas.find(taquilla);
+        if (it != m_oficinas.end())
+            return it->second;
+        m_codigos.reiniciar();
+        m_codigos.bind(1, taquilla);
+        CodigosOficina c;
+        if (m_codigos.paso()) {
+            c.banca = campo(m_codigos.texto(0));
+            c.resto = campo(m_codigos.texto(1)) + "," + campo(m_codigos.texto(2)) + "," +
+                      campo(m_codigos.texto(3)) + ",";
+        }
+        return m_oficinas.emplace(taquilla, std::move(c)).first->second;
+    }
+
+    Ticket leer(const Sentencia &st, int primera)
     {
         Ticket t;
-        t.oficina = st.entero(primera);
+        t.oficina = &oficina(st.entero(primera));
         char numero[24];
-        const auto fin =
-            std::to_chars(numero, numero + sizeof numero, st.entero(primera + 1)).ptr;
+        const auto fin = std::to_chars(numero, numero + sizeof numero, st.entero(primera + 1)).ptr;
         t.texto.assign(numero, fin);
         t.texto += ',';
         agregarCampo(t.texto, st.vista(primera + 2));
@@ -1118,65 +1269,57 @@ private:
 
     Sentencia m_uno;
     Sentencia m_bloque;
+    Sentencia m_codigos;
+    std::unordered_map<long long, CodigosOficina> m_oficinas;
+    Ticket m_ninguno;
     std::unordered_map<long long, Bloque> m_bloques;
     std::unordered_map<long long, Ticket> m_sueltos;
 };
 
-// The monitor's lines of one draw and date for the plays sold from `desde` (included) to
-// `hasta` (excluded), appended to `r`.
+// The monitor's lines of one draw and date, written to `salida`: every play, or with
+// `encuentro` those of the times of sale this thread takes first, reading forwards or (when
+// `salida` goes backwards) from the last play.
 void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
-                    const std::string &desde, const std::string &hasta,
-                    const std::unordered_map<long long, long long> &premios, TramoVentas &tramo)
+                    const std::unordered_map<long long, long long> &premios, bool haciaAtras,
+                    Encuentro *encuentro, SalidaVentas &salida)
 {
-    // The codes of each ticket office, read once per office seen: a play only names its
-    // office. The banca's code goes before the time of sale, the others after it.
-    std::unordered_map<long long, std::pair<std::string, std::string>> oficinas;
-    Sentencia codigos(db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo "
-                          "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
-                          "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
-                          "WHERE tq.id = ?1");
-    auto codigosDe = [&](long long taquilla) -> const std::pair<std::string, std::string> & {
-        auto it = oficinas.find(taquilla);
-        if (it != oficinas.end())
-            return it->second;
-        codigos.reiniciar();
-        codigos.bind(1, taquilla);
-        std::pair<std::string, std::string> c("", ",,,");
-        if (codigos.paso())
-            c = {campo(codigos.texto(0)), campo(codigos.texto(1)) + "," +
-                                              campo(codigos.texto(2)) + "," +
-                                              campo(codigos.texto(3)) + ","};
-        return oficinas.emplace(taquilla, std::move(c)).first->second;
-    };
-    // The plays from the index alone; their ticket (office, number, serial) is looked up once
-    // per ticket, since a ticket's plays come one after the other.
-    Sentencia st(db, "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
-                     "FROM jugadas INDEXED BY jugadas_sorteo_hora "
-                     "WHERE sorteo_id = ?1 AND fecha = ?2 AND hora >= ?3 AND hora < ?4 "
-                     "ORDER BY hora, ticket_id, id");
-    st.bind(1, sorteoId).bind(2, fecha).bind(3, desde).bind(4, hasta);
+    // The plays from the index alone, in the order of the reply (or its reverse); their
+    // ticket is looked up once per ticket, since a ticket's plays come one after the other.
+    Sentencia st(db, haciaAtras ? "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
+                                  "FROM jugadas INDEXED BY jugadas_sorteo_hora "
+                                  "WHERE sorteo_id = ?1 AND fecha = ?2 "
+                                  "ORDER BY hora DESC, ticket_id DESC, id DESC"
+                                : "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
+                                  "FROM jugadas INDEXED BY jugadas_sorteo_hora "
+                                  "WHERE sorteo_id = ?1 AND fecha = ?2 "
+                                  "ORDER BY hora, ticket_id, id");
+    st.bind(1, sorteoId).bind(2, fecha);
     TicketsDeVentas tickets(db);
-    long long ultimoTicket = -1;
-    long long ultimaOficina = -1;
+    long long ultimoTicket = 0;
     const TicketsDeVentas::Ticket *ticket = nullptr;
-    const std::pair<std::string, std::string> *oficina = nullptr;
-    std::string &r = tramo.texto;
+    std::string horaTomada;
+    bool hayHora = false;
+    std::string &r = salida.texto;
     while (st.paso()) {
+        const std::string_view hora = st.vista(0);
+        if (encuentro && (!hayHora || hora != horaTomada)) {
+            if (!(haciaAtras ? encuentro->tomarHaciaAtras(hora)
+                             : encuentro->tomarHaciaAdelante(hora)))
+                break;
+            horaTomada.assign(hora.data(), hora.size());
+            hayHora = true;
+        }
         const long long ticketId = st.entero(1);
         if (ticketId != ultimoTicket || !ticket) {
             ultimoTicket = ticketId;
             ticket = &tickets.de(ticketId);
-            if (ticket->oficina != ultimaOficina || !oficina) {
-                oficina = &codigosDe(ticket->oficina);
-                ultimaOficina = ticket->oficina;
-            }
         }
         // Appended field by field from SQLite's own buffers: a million lines, no temporaries.
-        r += oficina->first;
+        r += ticket->oficina->banca;
         r += ',';
         agregarCampo(r, st.vista(0));
         r += ',';
-        r += oficina->second;
+        r += ticket->oficina->resto;
         r += ticket->texto;
         r += ',';
         agregarCampo(r, st.vista(2));
@@ -1190,19 +1333,19 @@ void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
             agregarMonto(r, premio->second);
         r += st.entero(5) ? ",E," : ",,";
         r += st.entero(6) ? "X\n" : "\n";
-        tramo.lineaHecha();
+        salida.lineaHecha();
     }
-    tramo.avanzar();
+    salida.terminar();
 }
 
-// The reply made of the stretches, in order.
-Respuesta juntarVentas(std::vector<TramoVentas> &tramos, bool gzip)
+// The reply made of what the threads wrote, in the order of the text.
+Respuesta juntarVentas(std::vector<SalidaVentas *> salidas, bool gzip)
 {
     unsigned long long total = 0;
     bool comprimido = false;
-    for (const TramoVentas &t : tramos) {
-        total += t.longitud();
-        comprimido = comprimido || t.comprimido();
+    for (const SalidaVentas *s : salidas) {
+        total += s->longitud();
+        comprimido = comprimido || s->algoComprimido();
     }
     Respuesta r;
     // A draw without sales answers a lone line break: an empty body means "no answer" to
@@ -1211,22 +1354,24 @@ Respuesta juntarVentas(std::vector<TramoVentas> &tramos, bool gzip)
         r.cuerpo = "\n";
         return r;
     }
-    if (!gzip || (!comprimido && total < minimoParaComprimir)) {
-        r.cuerpo = std::move(tramos.front().texto);
+    // A short list goes as it is, like any other short reply.
+    gzip = gzip && (comprimido || total >= minimoParaComprimir);
+    if (gzip)
+        for (SalidaVentas *s : salidas)
+            s->comprimirResto();
+    std::vector<TramoGzip *> comprimidos;
+    std::vector<std::string *> planos;
+    for (SalidaVentas *s : salidas)
+        s->piezas(comprimidos, planos);
+    if (!gzip) {
         r.cuerpo.reserve(static_cast<size_t>(total));
-        for (size_t i = 1; i < tramos.size(); ++i)
-            r.cuerpo += tramos[i].texto;
+        for (std::string *t : planos) {
+            r.cuerpo += *t;
+            std::string().swap(*t);
+        }
         return r;
     }
-    std::vector<TramoGzip> z;
-    for (size_t i = 0; i < tramos.size(); ++i) {
-        TramoVentas &t = tramos[i];
-        t.gzip().agregar(t.texto.data(), t.texto.size());
-        std::string().swap(t.texto);
-        t.gzip().terminar(i + 1 == tramos.size());
-        z.push_back(std::move(t.gzip()));
-    }
-    r.cuerpo = unirGzip(z);
+    r.cuerpo = unirGzip(comprimidos);
     if (r.cuerpo.empty())
         throw ErrorBaseDatos("monitorventas: zlib fallo");
     r.gzip = true;
@@ -1250,12 +1395,13 @@ Respuesta Oficina::monitorventas(sqlite3 *db, const Parametros &p, bool gzip)
             return Respuesta();
         sorteoId = st.entero(0);
     }
-    long long total = 0;
+    // Whether the draw has that many plays at all: counted only up to there.
+    bool grande = false;
     {
-        Sentencia st(db, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = ?1 AND fecha = ?2");
-        st.bind(1, sorteoId).bind(2, fecha);
-        if (st.paso())
-            total = st.entero(0);
+        Sentencia st(db, "SELECT 1 FROM jugadas WHERE sorteo_id = ?1 AND fecha = ?2 "
+                         "LIMIT 1 OFFSET ?3");
+        st.bind(1, sorteoId).bind(2, fecha).bind(3, std::max(m_jugadasParaDosHilos - 1, 0LL));
+        grande = st.paso();
     }
     // The prizes of the draw's result that day, if it has one: a few winners, looked up by
     // play in memory instead of once per play in the database.
@@ -1268,49 +1414,35 @@ Respuesta Oficina::monitorventas(sqlite3 *db, const Parametros &p, bool gzip)
         while (st.paso())
             premios[st.entero(0)] = st.entero(1);
     }
-    // Times of sale are "hh:mm:ss": "" comes before all of them and "~" after.
-    const std::string antes = "", despues = "~";
-    std::vector<TramoVentas> tramos;
-    if (total < m_jugadasParaDosHilos) {
-        tramos.emplace_back(gzip);
-        if (!gzip)
-            tramos.front().texto.reserve(static_cast<size_t>(total) * 48 + 64);
-        lineasDeVentas(db, sorteoId, fecha, antes, despues, premios, tramos.front());
-        return juntarVentas(tramos, gzip);
+    SalidaVentas adelante(gzip, false);
+    if (!grande) {
+        lineasDeVentas(db, sorteoId, fecha, premios, false, nullptr, adelante);
+        return juntarVentas({&adelante}, gzip);
     }
-    // A large draw is read in two halves by time of sale, the later half on a second
-    // connection in a second thread, so that both cores work on it.
-    std::string mitad;
-    {
-        Sentencia st(db, "SELECT hora FROM jugadas INDEXED BY jugadas_sorteo_hora "
-                         "WHERE sorteo_id = ?1 AND fecha = ?2 ORDER BY hora, ticket_id, id "
-                         "LIMIT 1 OFFSET ?3");
-        st.bind(1, sorteoId).bind(2, fecha).bind(3, total / 2);
-        mitad = st.paso() ? st.texto(0) : despues;
-    }
-    tramos.emplace_back(gzip);
-    tramos.emplace_back(gzip);
-    if (!gzip)
-        tramos.front().texto.reserve(static_cast<size_t>(total) * 48 + 64);
+    // A large draw is read from both ends at once, the later part backwards on a second
+    // connection in a second thread, so that both cores work on it; the threads meet wherever
+    // they do, without counting the plays first.
+    SalidaVentas atras(gzip, true);
+    Encuentro encuentro;
     bool fallo = false;
     std::thread otra([&] {
         try {
             Prestamo conexion(*this);
-            lineasDeVentas(conexion.db(), sorteoId, fecha, mitad, despues, premios, tramos[1]);
+            lineasDeVentas(conexion.db(), sorteoId, fecha, premios, true, &encuentro, atras);
         } catch (const std::exception &) {
             fallo = true;
         }
     });
     try {
-        lineasDeVentas(db, sorteoId, fecha, antes, mitad, premios, tramos[0]);
+        lineasDeVentas(db, sorteoId, fecha, premios, false, &encuentro, adelante);
     } catch (...) {
         otra.join();
         throw;
     }
     otra.join();
     if (fallo)
-        throw ErrorBaseDatos("monitorventas: la segunda mitad fallo");
-    return juntarVentas(tramos, gzip);
+        throw ErrorBaseDatos("monitorventas: la segunda parte fallo");
+    return juntarVentas({&adelante, &atras}, gzip);
 }
 
 // ---- reports ------------------------------------------------------------------------------
