@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstring>
 #include <ctime>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -1204,7 +1205,7 @@ public:
     const Ticket &de(long long id)
     {
         const long long numeroBloque = id >= 0 ? id / porBloque : -1 - (-1 - id) / porBloque;
-        Bloque &b = m_bloques[numeroBloque];
+        Bloque &b = bloque(numeroBloque);
         const long long base = numeroBloque * porBloque;
         if (!b.tickets.empty())
             return b.tickets[static_cast<size_t>(id - base)];
@@ -1237,6 +1238,19 @@ private:
         int buscados = 0;
         std::vector<Ticket> tickets;
     };
+
+    // Blocks of the usual ids (up to a few billion) sit in a plain array by number.
+    Bloque &bloque(long long numero)
+    {
+        if (numero < 0 || numero >= (1LL << 22))
+            return m_bloquesRaros[numero];
+        const size_t i = static_cast<size_t>(numero);
+        if (i >= m_bloques.size())
+            m_bloques.resize(i + 1);
+        if (!m_bloques[i])
+            m_bloques[i] = std::make_unique<Bloque>();
+        return *m_bloques[i];
+    }
 
     // The codes of an office, read once per office seen (the map keeps them in place).
     const CodigosOficina &oficina(long long taquilla)
@@ -1272,7 +1286,8 @@ private:
     Sentencia m_codigos;
     std::unordered_map<long long, CodigosOficina> m_oficinas;
     Ticket m_ninguno;
-    std::unordered_map<long long, Bloque> m_bloques;
+    std::vector<std::unique_ptr<Bloque>> m_bloques;
+    std::unordered_map<long long, Bloque> m_bloquesRaros;
     std::unordered_map<long long, Ticket> m_sueltos;
 };
 

@@ -230,6 +230,16 @@ private slots:
         QCOMPARE(utf8ALatin1("Delf\xC3\xADn"), std::string("Delf\xEDn"));
         QCOMPARE(utf8ALatin1("\xE2\x82\xAC"), std::string("?"));
         QCOMPARE(utf8ALatin1("\xC3"), std::string("?"));
+        // After eight or more plain bytes, and a text cut after a line break converts as whole.
+        QCOMPARE(utf8ALatin1("Lotto Activo: Delf\xC3\xADn\xE2\x82\xAC"),
+                 std::string("Lotto Activo: Delf\xEDn?"));
+        std::string dos = "0123456789\xC3\xB1\nabcdefghij\xC3\x91\n";
+        const size_t corte = dos.find('\n') + 1;
+        const size_t n1 = utf8ALatin1EnSitio(&dos[0], corte);
+        const size_t n2 = utf8ALatin1EnSitio(&dos[corte], dos.size() - corte);
+        QCOMPARE(dos.substr(0, n1) + dos.substr(corte, n2),
+                 utf8ALatin1("0123456789\xC3\xB1\nabcdefghij\xC3\x91\n"));
+        QCOMPARE(dos.substr(0, n1), std::string("0123456789\xF1\n"));
         QCOMPARE(montoTexto(125000), std::string("1250.00"));
         QCOMPARE(montoTexto(5), std::string("0.05"));
         QCOMPARE(montoTexto(-250), std::string("-2.50"));
