@@ -1186,6 +1186,8 @@ struct CodigosOficina {
 class TicketsDeVentas {
 public:
     struct Ticket {
+        long long taquilla = 0;
+        // Found when the ticket is first used: a block holds many tickets of other draws.
         const CodigosOficina *oficina = nullptr;
         std::string texto = ",";
     };
@@ -1199,10 +1201,19 @@ public:
                         "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
                         "WHERE tq.id = ?1")
     {
-        m_ninguno.oficina = &oficina(0);
     }
 
+    // The ticket with its office's codes.
     const Ticket &de(long long id)
+    {
+        Ticket &t = buscar(id);
+        if (!t.oficina)
+            t.oficina = &oficina(t.taquilla);
+        return t;
+    }
+
+private:
+    Ticket &buscar(long long id)
     {
         const long long numeroBloque = id >= 0 ? id / porBloque : -1 - (-1 - id) / porBloque;
         Bloque &b = bloque(numeroBloque);
@@ -1228,7 +1239,6 @@ public:
         return b.tickets[static_cast<size_t>(id - base)];
     }
 
-private:
     static constexpr long long porBloque = 1024;
     // A search costs about what reading 150 tickets in order does: a block is read once a
     // good part of it is bound to be used.
@@ -1269,10 +1279,10 @@ private:
         return m_oficinas.emplace(taquilla, std::move(c)).first->second;
     }
 
-    Ticket leer(const Sentencia &st, int primera)
+    static Ticket leer(const Sentencia &st, int primera)
     {
         Ticket t;
-        t.oficina = &oficina(st.entero(primera));
+        t.taquilla = st.entero(primera);
         char numero[24];
         const auto fin = std::to_chars(numero, numero + sizeof numero, st.entero(primera + 1)).ptr;
         t.texto.assign(numero, fin);
