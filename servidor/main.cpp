@@ -226,29 +226,26 @@ int main(int argc, char **argv)
     http.new_task_queue = [] {
         return new httplib::ThreadPool(64);
     };
-    http.Get(
-        R"(/Tornavo/TornavoSU/([^/]+))", [&](const httplib::Request &req, httplib::Response &res) {
-            const std::string endpoint = req.matches[1];
-            if (!servidor::Oficina::existeEndpoint(endpoint)) {
-                res.status = 404;
-                return;
-            }
-            const bool gzip = tomarCompresion(req);
-            const size_t q = req.target.find('?');
-            const std::string consulta =
-                q == std::string::npos ? std::string() : req.target.substr(q + 1);
-            // The reply is moved into the response, never copied: a large sales list
-            // costs its size once.
-            res.body = oficina->atenderConsulta(endpoint, consulta, direccionCliente(req, proxy));
-            res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
-            if (gzip && res.body.size() >= servidor::minimoParaComprimir) {
-                std::string comprimida;
-                if (servidor::comprimirGzip(res.body, comprimida)) {
-                    res.body.swap(comprimida);
-                    res.set_header("Content-Encoding", "gzip");
-                }
-            }
-        });
+    http.Get(R"(/Tornavo/TornavoSU/([^/]+))",
+             [&](const httplib::Request &req, httplib::Response &res) {
+                 const std::string endpoint = req.matches[1];
+                 if (!servidor::Oficina::existeEndpoint(endpoint)) {
+                     res.status = 404;
+                     return;
+                 }
+                 const bool gzip = tomarCompresion(req);
+                 const size_t q = req.target.find('?');
+                 const std::string consulta =
+                     q == std::string::npos ? std::string() : req.target.substr(q + 1);
+                 // The reply is moved into the response, never copied: a large sales list
+                 // costs its size once.
+                 servidor::Respuesta r =
+                     oficina->responder(endpoint, consulta, direccionCliente(req, proxy), gzip);
+                 res.body = std::move(r.cuerpo);
+                 res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
+                 if (r.gzip)
+                     res.set_header("Content-Encoding", "gzip");
+             });
 
     int elegido = puerto;
     if (puerto == 0) {

@@ -1,6 +1,7 @@
 #include "servidor/oficina.h"
 
 #include "servidor/basedatos.h"
+#include "servidor/compresion.h"
 #include "servidor/esquema.h"
 
 #include <sodium.h>
@@ -10,6 +11,7 @@
 #include <cmath>
 #include <cstring>
 #include <ctime>
+#include <memory>
 #include <set>
 #include <sstream>
 #include <thread>
@@ -361,14 +363,39 @@ std::string Oficina::atenderConsulta(const std::string &endpoint, const std::str
 std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
                              const std::string &direccion)
 {
+    return atenderCon(endpoint, p, direccion, false).cuerpo;
+}
+
+Respuesta Oficina::responder(const std::string &endpoint, const std::string &consulta,
+                             const std::string &direccion, bool aceptaGzip)
+{
+    Respuesta r = atenderCon(endpoint, leerConsulta(consulta), direccion, aceptaGzip);
+    if (aceptaGzip && !r.gzip && r.cuerpo.size() >= minimoParaComprimir) {
+        std::string comprimida;
+        if (comprimirGzip(r.cuerpo, comprimida)) {
+            r.cuerpo.swap(comprimida);
+            r.gzip = true;
+        }
+    }
+    return r;
+}
+
+Respuesta Oficina::atenderCon(const std::string &endpoint, const Parametros &p,
+                              const std::string &direccion, bool gzip)
+{
+    auto texto = [](std::string latin1) {
+        Respuesta r;
+        r.cuerpo = std::move(latin1);
+        return r;
+    };
     try {
         if (endpoint == "validarUser.php")
-            return utf8ALatin1(validarUser(p, direccion));
+            return texto(utf8ALatin1(validarUser(p, direccion)));
         // The clock needs no database: it never waits for anything.
         if (endpoint == "datetime.php")
-            return utf8ALatin1(datetime());
+            return texto(utf8ALatin1(datetime()));
         if (!existeEndpoint(endpoint))
-            return std::string();
+            return Respuesta();
         Prestamo c(*this);
         sqlite3 *db = c.db();
         std::string usuario;
@@ -377,14 +404,17 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
             usuario = tocarSesion(direccion);
             if (usuario.empty()) {
                 auditarRechazo(db, direccion, "", endpoint, "rechazado: sin sesion");
-                return std::string();
+                return Respuesta();
             }
             if (!concedeOpcion(opcionesDe(db, usuario), opcion)) {
                 auditarRechazo(db, direccion, usuario, endpoint,
                                "rechazado: sin la opcion " + opcion);
-                return std::string();
+                return Respuesta();
             }
         }
+        // The sales list comes already in Latin-1 (and in gzip when the client takes it).
+        if (endpoint == "monitorventas.php")
+            return monitorventas(db, p, gzip);
         std::string r;
         if (endpoint == "sorteospremiar3.php")
             r = sorteospremiar3(db);
@@ -412,8 +442,6 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
             r = monitoragencias(db);
         else if (endpoint == "monitorresultados.php")
             r = monitorresultados(db, p);
-        else if (endpoint == "monitorventas.php")
-            r = monitorventas(db, p);
         else if (endpoint == "ventabancas2.php")
             r = ventabancas2(db, p);
         else if (endpoint == "reportex.php")
@@ -421,11 +449,11 @@ std::string Oficina::atender(const std::string &endpoint, const Parametros &p,
         else if (endpoint == "sorteospendientes.php")
             r = sorteospendientes(db, p);
         utf8ALatin1EnSitio(r);
-        return r;
+        return texto(std::move(r));
     } catch (const std::exception &) {
         // A failing database or a malformed value never brings the server down: the console
         // sees an empty reply ("no answer").
-        return std::string();
+        return Respuesta();
     }
 }
 
@@ -979,76 +1007,345 @@ std::string Oficina::monitorresultados(sqlite3 *db, const Parametros &p)
 
 namespace {
 
-// The monitor's lines of one draw and date for the plays sold from `desde` (included) to
-// `hasta` (excluded), appended to `r`.
-void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
-                    const std::string &desde, const std::string &hasta,
-                    const std::unordered_map<long long, long long> &premios, std::string &r)
-{
-    // The codes of each ticket office, read once per office seen: a play only names its
-    // office.
-    std::unordered_map<long long, std::string> oficinas;
-    Sentencia codigos(db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo "
-                          "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
-                          "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
-                          "WHERE tq.id = ?1");
-    auto codigosDe = [&](long long taquilla) -> const std::string & {
-        auto it = oficinas.find(taquilla);
-        if (it != oficinas.end())
-            return it->second;
-        codigos.reiniciar();
-        codigos.bind(1, taquilla);
-        std::string c = "\x01,,,";
-        if (codigos.paso())
-            c = campo(codigos.texto(0)) + "\x01" + campo(codigos.texto(1)) + "," +
-                campo(codigos.texto(2)) + "," + campo(codigos.texto(3)) + ",";
-        return oficinas.emplace(taquilla, std::move(c)).first->second;
+// What one thread writes of a sales list. Every so often, at the end of a line, the text
+// written so far is turned into Latin-1 and, when the client takes gzip, compressed and
+// dropped: a large list never stands whole in memory uncompressed, and each thread compresses
+// its own part while the other one reads.
+//
+// A thread that reads backwards (from the last play) writes its lines in reverse order; each
+// piece is put back in order before it is converted, and its pieces come out last first.
+class SalidaVentas {
+public:
+    SalidaVentas(bool gzip, bool haciaAtras) : m_gzip(gzip), m_haciaAtras(haciaAtras)
+    {
+        if (m_gzip && !m_haciaAtras)
+            m_comprimidos.emplace_back();
+    }
+
+    // The lines are appended here (UTF-8), then lineaHecha().
+    std::string texto;
+
+    void lineaHecha()
+    {
+        if (m_haciaAtras) {
+            m_finales.push_back(texto.size());
+            if (texto.size() >= piezaHaciaAtras)
+                cerrarPiezaHaciaAtras();
+        } else if (texto.size() - m_convertido >= piezaHaciaAdelante) {
+            avanzar();
+        }
+    }
+    // Everything written is converted; read backwards, also compressed. Reading forwards,
+    // the rest is compressed by comprimirResto(), once the reply is known to go in gzip: a
+    // short one goes as it is.
+    void terminar()
+    {
+        if (m_haciaAtras) {
+            cerrarPiezaHaciaAtras();
+            std::string().swap(texto);
+        } else {
+            const size_t n = utf8ALatin1EnSitio(&texto[m_convertido], texto.size() - m_convertido);
+            texto.resize(m_convertido + n);
+            m_convertido = texto.size();
+        }
+    }
+    void comprimirResto()
+    {
+        if (!m_gzip || m_haciaAtras)
+            return;
+        m_comprimidos.back().agregar(texto.data(), texto.size());
+        std::string().swap(texto);
+        m_convertido = 0;
+        m_comprimidos.back().terminar();
+    }
+    bool algoComprimido() const
+    {
+        for (const TramoGzip &z : m_comprimidos)
+            if (z.longitud() > 0)
+                return true;
+        return false;
+    }
+
+    // Bytes of Latin-1 text in all.
+    unsigned long long longitud() const
+    {
+        unsigned long long n = texto.size();
+        for (const TramoGzip &z : m_comprimidos)
+            n += z.longitud();
+        for (const std::string &t : m_planos)
+            n += t.size();
+        return n;
+    }
+    // The pieces in the order of the text, after terminar(): compressed or plain.
+    void piezas(std::vector<TramoGzip *> &comprimidos, std::vector<std::string *> &planos)
+    {
+        if (m_haciaAtras) {
+            for (auto z = m_comprimidos.rbegin(); z != m_comprimidos.rend(); ++z)
+                comprimidos.push_back(&*z);
+            for (auto t = m_planos.rbegin(); t != m_planos.rend(); ++t)
+                planos.push_back(&*t);
+        } else {
+            for (TramoGzip &z : m_comprimidos)
+                comprimidos.push_back(&z);
+            planos.push_back(&texto);
+        }
+    }
+
+private:
+    static constexpr size_t piezaHaciaAdelante = 128 * 1024;
+    // Each piece read backwards is compressed by itself: large enough that starting afresh
+    // costs little of the compression.
+    static constexpr size_t piezaHaciaAtras = 1024 * 1024;
+
+    void avanzar()
+    {
+        const size_t n = utf8ALatin1EnSitio(&texto[m_convertido], texto.size() - m_convertido);
+        texto.resize(m_convertido + n);
+        m_convertido = texto.size();
+        if (m_gzip && !texto.empty()) {
+            m_comprimidos.back().agregar(texto.data(), texto.size());
+            texto.clear();
+            m_convertido = 0;
+        }
+    }
+
+    void cerrarPiezaHaciaAtras()
+    {
+        if (m_finales.empty())
+            return;
+        std::string pieza;
+        pieza.reserve(texto.size());
+        for (size_t i = m_finales.size(); i-- > 0;) {
+            const size_t inicio = i == 0 ? 0 : m_finales[i - 1];
+            pieza.append(texto, inicio, m_finales[i] - inicio);
+        }
+        texto.clear();
+        m_finales.clear();
+        pieza.resize(utf8ALatin1EnSitio(&pieza[0], pieza.size()));
+        if (m_gzip) {
+            m_comprimidos.emplace_back();
+            m_comprimidos.back().agregar(pieza.data(), pieza.size());
+            m_comprimidos.back().terminar();
+        } else {
+            m_planos.push_back(std::move(pieza));
+        }
+    }
+
+    bool m_gzip;
+    bool m_haciaAtras;
+    size_t m_convertido = 0;
+    std::vector<size_t> m_finales;
+    std::vector<TramoGzip> m_comprimidos;
+    std::vector<std::string> m_planos;
+};
+
+// Where the two threads of a large draw meet. The one reading forwards takes each time of
+// sale before it writes its plays, the one reading backwards likewise from the other end; a
+// time taken by one is never taken by the other, and each stops at the first time the other
+// one already holds. So every play is written once, whatever the speed of each thread, and
+// neither waits for the other.
+class Encuentro {
+public:
+    bool tomarHaciaAdelante(std::string_view hora)
+    {
+        std::lock_guard<std::mutex> candado(m_mutex);
+        if (m_hayAtras && hora >= m_desdeAtras)
+            return false;
+        m_hastaAdelante.assign(hora.data(), hora.size());
+        m_hayAdelante = true;
+        return true;
+    }
+    bool tomarHaciaAtras(std::string_view hora)
+    {
+        std::lock_guard<std::mutex> candado(m_mutex);
+        if (m_hayAdelante && hora <= m_hastaAdelante)
+            return false;
+        m_desdeAtras.assign(hora.data(), hora.size());
+        m_hayAtras = true;
+        return true;
+    }
+
+private:
+    std::mutex m_mutex;
+    std::string m_hastaAdelante, m_desdeAtras;
+    bool m_hayAdelante = false, m_hayAtras = false;
+};
+
+// The codes of a ticket office as they go in a line: the banca's before the time of sale,
+// the chief's, agency's and office's after it.
+struct CodigosOficina {
+    std::string banca;
+    std::string resto = ",,,";
+};
+
+// The fields of the tickets a draw's plays name ("number,serial" and the office's codes).
+// A ticket is looked up by its id while few of its neighbours were asked for; once a block of
+// neighbouring ids has been asked for often, the whole block is read in one pass in id order,
+// several times cheaper per ticket than a search each. A large draw reads most of the day's
+// tickets in blocks, a small one looks up its few tickets one by one.
+class TicketsDeVentas {
+public:
+    struct Ticket {
+        long long taquilla = 0;
+        // Found when the ticket is first used: a block holds many tickets of other draws.
+        const CodigosOficina *oficina = nullptr;
+        std::string texto = ",";
     };
-    // The plays from the index alone; their ticket (office, number, serial) is read once per
-    // ticket, since a ticket's plays come one after the other.
-    Sentencia st(db, "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
-                     "FROM jugadas INDEXED BY jugadas_sorteo_hora "
-                     "WHERE sorteo_id = ?1 AND fecha = ?2 AND hora >= ?3 AND hora < ?4 "
-                     "ORDER BY hora, ticket_id, id");
-    st.bind(1, sorteoId).bind(2, fecha).bind(3, desde).bind(4, hasta);
-    Sentencia ticket(db, "SELECT taquilla_id, numero, serial FROM tickets WHERE id = ?1");
-    long long ultimoTicket = -1;
-    long long ultimaOficina = -1;
-    std::string banca, resto, deTicket;
+
+    explicit TicketsDeVentas(sqlite3 *db)
+        : m_uno(db, "SELECT taquilla_id, numero, serial FROM tickets WHERE id = ?1"),
+          m_bloque(db, "SELECT id, taquilla_id, numero, serial FROM tickets "
+                       "WHERE id >= ?1 AND id < ?2"),
+          m_codigos(db, "SELECT b.codigo, je.codigo, ag.codigo, tq.codigo "
+                        "FROM taquillas tq JOIN agencias ag ON ag.id = tq.agencia_id "
+                        "JOIN jefes je ON je.id = ag.jefe_id JOIN bancas b ON b.id = je.banca_id "
+                        "WHERE tq.id = ?1")
+    {
+    }
+
+    // The ticket with its office's codes.
+    const Ticket &de(long long id)
+    {
+        Ticket &t = buscar(id);
+        if (!t.oficina)
+            t.oficina = &oficina(t.taquilla);
+        return t;
+    }
+
+private:
+    Ticket &buscar(long long id)
+    {
+        const long long numeroBloque = id >= 0 ? id / porBloque : -1 - (-1 - id) / porBloque;
+        Bloque &b = bloque(numeroBloque);
+        const long long base = numeroBloque * porBloque;
+        if (!b.tickets.empty())
+            return b.tickets[static_cast<size_t>(id - base)];
+        const auto suelto = m_sueltos.find(id);
+        if (suelto != m_sueltos.end())
+            return suelto->second;
+        if (++b.buscados < buscadosAntesDelBloque) {
+            m_uno.reiniciar();
+            m_uno.bind(1, id);
+            Ticket t = m_ninguno;
+            if (m_uno.paso())
+                t = leer(m_uno, 0);
+            return m_sueltos.emplace(id, std::move(t)).first->second;
+        }
+        b.tickets.assign(porBloque, m_ninguno);
+        m_bloque.reiniciar();
+        m_bloque.bind(1, base).bind(2, base + porBloque);
+        while (m_bloque.paso())
+            b.tickets[static_cast<size_t>(m_bloque.entero(0) - base)] = leer(m_bloque, 1);
+        return b.tickets[static_cast<size_t>(id - base)];
+    }
+
+    static constexpr long long porBloque = 1024;
+    // A search costs about what reading 150 tickets in order does: a block is read once a
+    // good part of it is bound to be used.
+    static constexpr int buscadosAntesDelBloque = 48;
+
+    struct Bloque {
+        int buscados = 0;
+        std::vector<Ticket> tickets;
+    };
+
+    // Blocks of the usual ids (up to a few billion) sit in a plain array by number.
+    Bloque &bloque(long long numero)
+    {
+        if (numero < 0 || numero >= (1LL << 22))
+            return m_bloquesRaros[numero];
+        const size_t i = static_cast<size_t>(numero);
+        if (i >= m_bloques.size())
+            m_bloques.resize(i + 1);
+        if (!m_bloques[i])
+            m_bloques[i] = std::make_unique<Bloque>();
+        return *m_bloques[i];
+    }
+
+    // The codes of an office, read once per office seen (the map keeps them in place).
+    const CodigosOficina &oficina(long long taquilla)
+    {
+        auto it = m_oficinas.find(taquilla);
+        if (it != m_oficinas.end())
+            return it->second;
+        m_codigos.reiniciar();
+        m_codigos.bind(1, taquilla);
+        CodigosOficina c;
+        if (m_codigos.paso()) {
+            c.banca = campo(m_codigos.texto(0));
+            c.resto = campo(m_codigos.texto(1)) + "," + campo(m_codigos.texto(2)) + "," +
+                      campo(m_codigos.texto(3)) + ",";
+        }
+        return m_oficinas.emplace(taquilla, std::move(c)).first->second;
+    }
+
+    static Ticket leer(const Sentencia &st, int primera)
+    {
+        Ticket t;
+        t.taquilla = st.entero(primera);
+        char numero[24];
+        const auto fin = std::to_chars(numero, numero + sizeof numero, st.entero(primera + 1)).ptr;
+        t.texto.assign(numero, fin);
+        t.texto += ',';
+        agregarCampo(t.texto, st.vista(primera + 2));
+        return t;
+    }
+
+    Sentencia m_uno;
+    Sentencia m_bloque;
+    Sentencia m_codigos;
+    std::unordered_map<long long, CodigosOficina> m_oficinas;
+    Ticket m_ninguno;
+    std::vector<std::unique_ptr<Bloque>> m_bloques;
+    std::unordered_map<long long, Bloque> m_bloquesRaros;
+    std::unordered_map<long long, Ticket> m_sueltos;
+};
+
+// The monitor's lines of one draw and date, written to `salida`: every play, or with
+// `encuentro` those of the times of sale this thread takes first, reading forwards or (when
+// `salida` goes backwards) from the last play.
+void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
+                    const std::unordered_map<long long, long long> &premios, bool haciaAtras,
+                    Encuentro *encuentro, SalidaVentas &salida)
+{
+    // The plays from the index alone, in the order of the reply (or its reverse); their
+    // ticket is looked up once per ticket, since a ticket's plays come one after the other.
+    Sentencia st(db, haciaAtras ? "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
+                                  "FROM jugadas INDEXED BY jugadas_sorteo_hora "
+                                  "WHERE sorteo_id = ?1 AND fecha = ?2 "
+                                  "ORDER BY hora DESC, ticket_id DESC, id DESC"
+                                : "SELECT hora, ticket_id, numero, monto, id, eliminada, pagada "
+                                  "FROM jugadas INDEXED BY jugadas_sorteo_hora "
+                                  "WHERE sorteo_id = ?1 AND fecha = ?2 "
+                                  "ORDER BY hora, ticket_id, id");
+    st.bind(1, sorteoId).bind(2, fecha);
+    TicketsDeVentas tickets(db);
+    long long ultimoTicket = 0;
+    const TicketsDeVentas::Ticket *ticket = nullptr;
+    std::string horaTomada;
+    bool hayHora = false;
+    std::string &r = salida.texto;
     while (st.paso()) {
+        const std::string_view hora = st.vista(0);
+        if (encuentro && (!hayHora || hora != horaTomada)) {
+            if (!(haciaAtras ? encuentro->tomarHaciaAtras(hora)
+                             : encuentro->tomarHaciaAdelante(hora)))
+                break;
+            horaTomada.assign(hora.data(), hora.size());
+            hayHora = true;
+        }
         const long long ticketId = st.entero(1);
-        if (ticketId != ultimoTicket) {
+        if (ticketId != ultimoTicket || !ticket) {
             ultimoTicket = ticketId;
-            ticket.reiniciar();
-            ticket.bind(1, ticketId);
-            long long oficina = 0;
-            deTicket.clear();
-            if (ticket.paso()) {
-                oficina = ticket.entero(0);
-                char numero[24];
-                const auto fin =
-                    std::to_chars(numero, numero + sizeof numero, ticket.entero(1)).ptr;
-                deTicket.append(numero, fin);
-                deTicket += ',';
-                agregarCampo(deTicket, ticket.vista(2));
-            } else {
-                deTicket = ",";
-            }
-            if (oficina != ultimaOficina) {
-                const std::string &c = codigosDe(oficina);
-                const size_t corte = c.find('\x01');
-                banca = c.substr(0, corte);
-                resto = c.substr(corte + 1);
-                ultimaOficina = oficina;
-            }
+            ticket = &tickets.de(ticketId);
         }
         // Appended field by field from SQLite's own buffers: a million lines, no temporaries.
-        r += banca;
+        r += ticket->oficina->banca;
         r += ',';
         agregarCampo(r, st.vista(0));
         r += ',';
-        r += resto;
-        r += deTicket;
+        r += ticket->oficina->resto;
+        r += ticket->texto;
         r += ',';
         agregarCampo(r, st.vista(2));
         r += ',';
@@ -1061,12 +1358,54 @@ void lineasDeVentas(sqlite3 *db, long long sorteoId, const std::string &fecha,
             agregarMonto(r, premio->second);
         r += st.entero(5) ? ",E," : ",,";
         r += st.entero(6) ? "X\n" : "\n";
+        salida.lineaHecha();
     }
+    salida.terminar();
+}
+
+// The reply made of what the threads wrote, in the order of the text.
+Respuesta juntarVentas(std::vector<SalidaVentas *> salidas, bool gzip)
+{
+    unsigned long long total = 0;
+    bool comprimido = false;
+    for (const SalidaVentas *s : salidas) {
+        total += s->longitud();
+        comprimido = comprimido || s->algoComprimido();
+    }
+    Respuesta r;
+    // A draw without sales answers a lone line break: an empty body means "no answer" to
+    // the console, which would report a server failure for a draw nobody played yet.
+    if (total == 0) {
+        r.cuerpo = "\n";
+        return r;
+    }
+    // A short list goes as it is, like any other short reply.
+    gzip = gzip && (comprimido || total >= minimoParaComprimir);
+    if (gzip)
+        for (SalidaVentas *s : salidas)
+            s->comprimirResto();
+    std::vector<TramoGzip *> comprimidos;
+    std::vector<std::string *> planos;
+    for (SalidaVentas *s : salidas)
+        s->piezas(comprimidos, planos);
+    if (!gzip) {
+        r.cuerpo.reserve(static_cast<size_t>(total));
+        for (std::string *t : planos) {
+            r.cuerpo += *t;
+            std::string().swap(*t);
+        }
+        return r;
+    }
+    r.cuerpo = unirGzip(comprimidos);
+    if (r.cuerpo.empty())
+        throw ErrorBaseDatos("monitorventas: zlib fallo");
+    r.gzip = true;
+    return r;
 }
 
 } // namespace
 
-std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
+Respuesta Oficina::monitorventas(sqlite3 *db, const Parametros &p, bool gzip)
 {
     // The monitor's game code names the game and the draw together: "<game key>-<draw key>:".
     // The draw is found first among the few draws, so that its plays come straight from the
@@ -1078,15 +1417,16 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
                          "WHERE j.clave || '-' || s.clave || ':' = ?1");
         st.bind(1, valor(p, "j"));
         if (!st.paso())
-            return std::string();
+            return Respuesta();
         sorteoId = st.entero(0);
     }
-    long long total = 0;
+    // Whether the draw has that many plays at all: counted only up to there.
+    bool grande = false;
     {
-        Sentencia st(db, "SELECT COUNT(*) FROM jugadas WHERE sorteo_id = ?1 AND fecha = ?2");
-        st.bind(1, sorteoId).bind(2, fecha);
-        if (st.paso())
-            total = st.entero(0);
+        Sentencia st(db, "SELECT 1 FROM jugadas WHERE sorteo_id = ?1 AND fecha = ?2 "
+                         "LIMIT 1 OFFSET ?3");
+        st.bind(1, sorteoId).bind(2, fecha).bind(3, std::max(m_jugadasParaDosHilos - 1, 0LL));
+        grande = st.paso();
     }
     // The prizes of the draw's result that day, if it has one: a few winners, looked up by
     // play in memory instead of once per play in the database.
@@ -1099,48 +1439,35 @@ std::string Oficina::monitorventas(sqlite3 *db, const Parametros &p)
         while (st.paso())
             premios[st.entero(0)] = st.entero(1);
     }
-    std::string r;
-    r.reserve(static_cast<size_t>(total) * 72 + 64);
-    // Times of sale are "hh:mm:ss": "" comes before all of them and "~" after.
-    const std::string antes = "", despues = "~";
-    if (total < m_jugadasParaDosHilos) {
-        lineasDeVentas(db, sorteoId, fecha, antes, despues, premios, r);
-        // A draw without sales answers a lone line break: an empty body means "no answer" to
-        // the console, which would report a server failure for a draw nobody played yet.
-        return r.empty() ? std::string("\n") : r;
+    SalidaVentas adelante(gzip, false);
+    if (!grande) {
+        lineasDeVentas(db, sorteoId, fecha, premios, false, nullptr, adelante);
+        return juntarVentas({&adelante}, gzip);
     }
-    // A large draw is read in two halves by time of sale, the later half on a second
-    // connection in a second thread, so that both cores work on it.
-    std::string mitad;
-    {
-        Sentencia st(db, "SELECT hora FROM jugadas INDEXED BY jugadas_sorteo_hora "
-                         "WHERE sorteo_id = ?1 AND fecha = ?2 ORDER BY hora, ticket_id, id "
-                         "LIMIT 1 OFFSET ?3");
-        st.bind(1, sorteoId).bind(2, fecha).bind(3, total / 2);
-        mitad = st.paso() ? st.texto(0) : despues;
-    }
-    std::string segunda;
+    // A large draw is read from both ends at once, the later part backwards on a second
+    // connection in a second thread, so that both cores work on it; the threads meet wherever
+    // they do, without counting the plays first.
+    SalidaVentas atras(gzip, true);
+    Encuentro encuentro;
     bool fallo = false;
     std::thread otra([&] {
         try {
             Prestamo conexion(*this);
-            segunda.reserve(static_cast<size_t>(total) * 40);
-            lineasDeVentas(conexion.db(), sorteoId, fecha, mitad, despues, premios, segunda);
+            lineasDeVentas(conexion.db(), sorteoId, fecha, premios, true, &encuentro, atras);
         } catch (const std::exception &) {
             fallo = true;
         }
     });
     try {
-        lineasDeVentas(db, sorteoId, fecha, antes, mitad, premios, r);
+        lineasDeVentas(db, sorteoId, fecha, premios, false, &encuentro, adelante);
     } catch (...) {
         otra.join();
         throw;
     }
     otra.join();
     if (fallo)
-        throw ErrorBaseDatos("monitorventas: la segunda mitad fallo");
-    r += segunda;
-    return r;
+        throw ErrorBaseDatos("monitorventas: la segunda parte fallo");
+    return juntarVentas({&adelante, &atras}, gzip);
 }
 
 // ---- reports ------------------------------------------------------------------------------

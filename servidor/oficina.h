@@ -32,6 +32,12 @@ struct JugadaVenta {
     long long centimos;
 };
 
+// A reply as it goes out: Latin-1 bytes, or their gzip form.
+struct Respuesta {
+    std::string cuerpo;
+    bool gzip = false;
+};
+
 class Oficina {
 public:
     // Opens (creating when missing) the database and brings its schema up to date.
@@ -48,6 +54,11 @@ public:
                                 const std::string &direccion);
     std::string atender(const std::string &endpoint, const Parametros &p,
                         const std::string &direccion);
+    // The same reply, in gzip when the client takes it (`aceptaGzip`) and it is at least
+    // minimoParaComprimir bytes long. A large sales list is compressed while it is read, by
+    // the threads that read it, and never stands whole in memory uncompressed.
+    Respuesta responder(const std::string &endpoint, const std::string &consulta,
+                        const std::string &direccion, bool aceptaGzip);
 
     // True when the endpoint exists.
     static bool existeEndpoint(const std::string &endpoint);
@@ -102,6 +113,8 @@ public:
 
 private:
     class Prestamo;
+    Respuesta atenderCon(const std::string &endpoint, const Parametros &p,
+                         const std::string &direccion, bool gzip);
     struct Sesion {
         std::string usuario;
         long long ultimo = 0; // server seconds of the last activity
@@ -130,7 +143,7 @@ private:
     std::string bancasactivas(sqlite3 *db);
     std::string monitoragencias(sqlite3 *db);
     std::string monitorresultados(sqlite3 *db, const Parametros &p);
-    std::string monitorventas(sqlite3 *db, const Parametros &p);
+    Respuesta monitorventas(sqlite3 *db, const Parametros &p, bool gzip);
     std::string ventabancas2(sqlite3 *db, const Parametros &p);
     std::string reportex(sqlite3 *db, const Parametros &p);
     std::string sorteospendientes(sqlite3 *db, const Parametros &p);

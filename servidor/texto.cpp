@@ -1,9 +1,11 @@
 #include "servidor/texto.h"
 
 #include <cmath>
+#include <cstdint>
 
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 
 namespace servidor {
 
@@ -98,12 +100,20 @@ std::string latin1AUtf8(const std::string &texto)
     return salida;
 }
 
-void utf8ALatin1EnSitio(std::string &texto)
+size_t utf8ALatin1EnSitio(char *texto, size_t n)
 {
-    // Latin-1 never takes more bytes than UTF-8, so the text is rewritten over itself.
-    size_t escrito = 0;
+    // Latin-1 never takes more bytes than UTF-8, so the text is rewritten over itself. The
+    // plain ASCII before the first other byte stays where it is, looked at eight bytes at a
+    // time.
     size_t i = 0;
-    const size_t n = texto.size();
+    for (uint64_t ocho; i + 8 <= n; i += 8) {
+        std::memcpy(&ocho, texto + i, 8);
+        if (ocho & 0x8080808080808080ULL)
+            break;
+    }
+    while (i < n && static_cast<unsigned char>(texto[i]) < 0x80)
+        ++i;
+    size_t escrito = i;
     while (i < n) {
         const unsigned char c = static_cast<unsigned char>(texto[i]);
         if (c < 0x80) {
@@ -135,7 +145,12 @@ void utf8ALatin1EnSitio(std::string &texto)
         texto[escrito++] = punto <= 0xFF ? static_cast<char>(punto) : '?';
         i += extra + 1;
     }
-    texto.resize(escrito);
+    return escrito;
+}
+
+void utf8ALatin1EnSitio(std::string &texto)
+{
+    texto.resize(utf8ALatin1EnSitio(&texto[0], texto.size()));
 }
 
 std::string utf8ALatin1(const std::string &texto)

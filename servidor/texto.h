@@ -28,6 +28,9 @@ std::string latin1AUtf8(const std::string &texto);
 std::string utf8ALatin1(const std::string &texto);
 // The same, rewriting the text where it stands (a large reply is never copied).
 void utf8ALatin1EnSitio(std::string &texto);
+// The same over `n` bytes at `texto`; returns the length in Latin-1. Text cut after a line
+// break converts exactly as it would whole.
+size_t utf8ALatin1EnSitio(char *texto, size_t n);
 
 // Amount in cents as a plain decimal with "." and two decimals: 125000 -> "1250.00".
 std::string montoTexto(long long centimos);

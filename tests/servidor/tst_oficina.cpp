@@ -10,9 +10,13 @@
 #include "tests/soporte/prueba_main.h"
 
 #include <QElapsedTimer>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QNetworkRequest>
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <httplib.h>
 #include <zlib.h>
 
 #include <atomic>
@@ -126,6 +130,29 @@ long long centimos(const std::string &monto)
     return negativo ? -total : total;
 }
 
+// A gzip body read back with zlib, which must find one member that ends exactly where the
+// body does; "<mal>" otherwise.
+std::string descomprimir(const std::string &z)
+{
+    z_stream s{};
+    if (inflateInit2(&s, 15 + 16) != Z_OK)
+        return "<mal>";
+    std::string texto;
+    char trozo[1 << 16];
+    s.next_in = reinterpret_cast<Bytef *>(const_cast<char *>(z.data()));
+    s.avail_in = static_cast<uInt>(z.size());
+    int rc = Z_OK;
+    while (rc == Z_OK) {
+        s.next_out = reinterpret_cast<Bytef *>(trozo);
+        s.avail_out = sizeof trozo;
+        rc = inflate(&s, Z_NO_FLUSH);
+        texto.append(trozo, sizeof trozo - s.avail_out);
+    }
+    const bool bien = rc == Z_STREAM_END && s.avail_in == 0;
+    inflateEnd(&s);
+    return bien ? texto : "<mal>";
+}
+
 long long primeraTaquilla(Oficina &o)
 {
     return contar(o, "SELECT MIN(id) FROM taquillas");
@@ -203,6 +230,16 @@ private slots:
         QCOMPARE(utf8ALatin1("Delf\xC3\xADn"), std::string("Delf\xEDn"));
         QCOMPARE(utf8ALatin1("\xE2\x82\xAC"), std::string("?"));
         QCOMPARE(utf8ALatin1("\xC3"), std::string("?"));
+        // After eight or more plain bytes, and a text cut after a line break converts as whole.
+        QCOMPARE(utf8ALatin1("Lotto Activo: Delf\xC3\xADn\xE2\x82\xAC"),
+                 std::string("Lotto Activo: Delf\xEDn?"));
+        std::string dos = "0123456789\xC3\xB1\nabcdefghij\xC3\x91\n";
+        const size_t corte = dos.find('\n') + 1;
+        const size_t n1 = utf8ALatin1EnSitio(&dos[0], corte);
+        const size_t n2 = utf8ALatin1EnSitio(&dos[corte], dos.size() - corte);
+        QCOMPARE(dos.substr(0, n1) + dos.substr(corte, n2),
+                 utf8ALatin1("0123456789\xC3\xB1\nabcdefghij\xC3\x91\n"));
+        QCOMPARE(dos.substr(0, n1), std::string("0123456789\xF1\n"));
         QCOMPARE(montoTexto(125000), std::string("1250.00"));
         QCOMPARE(montoTexto(5), std::string("0.05"));
         QCOMPARE(montoTexto(-250), std::string("-2.50"));
@@ -252,6 +289,29 @@ private slots:
         QVERIFY(vuelta == texto);
         QVERIFY(comprimirGzip("", z));
         QVERIFY(!z.empty());
+
+        // Stretches compressed apart, in any order, one of them empty, and joined in the order
+        // of the text: one gzip member with the whole text.
+        const std::string partes[3] = {texto.substr(0, 3000000), std::string(),
+                                       texto.substr(3000000)};
+        std::vector<TramoGzip> tramos(3);
+        for (int i = 2; i >= 0; --i) {
+            tramos[i].agregar(partes[i].data(), partes[i].size());
+            tramos[i].terminar();
+        }
+        std::vector<TramoGzip *> enOrden = {&tramos[0], &tramos[1], &tramos[2]};
+        z = unirGzip(enOrden);
+        QVERIFY(z.size() * 4 < texto.size());
+        QVERIFY(descomprimir(z) == texto);
+        TramoGzip solo;
+        solo.terminar();
+        std::vector<TramoGzip *> uno = {&solo};
+        QCOMPARE(descomprimir(unirGzip(uno)), std::string());
+        // A stretch not ended yet gives nothing to send.
+        TramoGzip abierto;
+        abierto.agregar("abc", 3);
+        std::vector<TramoGzip *> sinTerminar = {&abierto};
+        QVERIFY(unirGzip(sinTerminar).empty());
 
         QVERIFY(ofreceGzip("gzip"));
         QVERIFY(ofreceGzip("gzip, deflate"));
@@ -554,6 +614,124 @@ private slots:
         QCOMPARE(pedir(*m_demo, "monitorventas.php", "&f=2030-01-01&j=1-3:"), std::string("\n"));
         QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=13").empty());
         QVERIFY(pedir(*m_demo, "monitorventas.php", "&f=2026-11-22&j=1").empty());
+    }
+
+    // A draw of 60,000 plays, sold in no order of time: read by one thread or from both ends
+    // by two, plain or in gzip, the console gets the same text; the gzip reply made of
+    // stretches is one ordinary gzip stream, which Qt's own decoder reads as the console does.
+    void sorteoGrandeEnGzip()
+    {
+        Oficina o(m_dir.filePath("grande.db").toStdString());
+        o.fijarReloj(relojFijo);
+        OpcionesDemo op;
+        op.agencias = 6;
+        op.jugadasHoy = 0;
+        op.diasPrevios = 0;
+        QVERIFY(crearDemo(o, Momento{hoy, "07:00:00"}, op));
+        QCOMPARE(pedir(o, "validarUser.php", "u=admin&p=tornavo1").substr(0, 2),
+                 std::string("1\n"));
+        const long long sorteo =
+            contar(o, "SELECT id FROM sorteos WHERE juego_id = 1 ORDER BY hora DESC LIMIT 1");
+        QVERIFY(textoSql(o, "SELECT hora FROM sorteos WHERE id = " + std::to_string(sorteo)) >
+                std::string("16:00:00"));
+        const std::string codigo =
+            textoSql(o, "SELECT j.clave || '-' || s.clave || ':' FROM sorteos s JOIN juegos j "
+                        "ON j.id = s.juego_id WHERE s.id = " +
+                            std::to_string(sorteo));
+        o.conConexion([&](sqlite3 *db) {
+            std::vector<long long> taquillas;
+            Sentencia tq(db, "SELECT id FROM taquillas");
+            while (tq.paso())
+                taquillas.push_back(tq.entero(0));
+            Transaccion t(db);
+            Sentencia ticket(db, "INSERT INTO tickets(taquilla_id, fecha, hora, numero, serial) "
+                                 "VALUES(?1, ?2, ?3, ?4, ?5)");
+            Sentencia jugada(db,
+                             "INSERT INTO jugadas(ticket_id, sorteo_id, fecha, hora, numero, "
+                             "monto, eliminada, pagada) VALUES(?1, ?2, ?3, ?4, ?5, ?6, ?7, ?8)");
+            for (int i = 0; i < 20000; ++i) {
+                // Times jump about (ticket ids do not follow them) and many tickets share one.
+                const int segundos = 8 * 3600 + (i * 7919) % 25000;
+                char hora[16];
+                std::snprintf(hora, sizeof hora, "%02d:%02d:%02d", segundos / 3600,
+                              segundos / 60 % 60, segundos % 60);
+                // Some serials hold a letter outside ASCII: Latin-1 in the reply.
+                const std::string serial =
+                    (i % 97 == 0 ? "A\xC3\x91O" : "S") + std::to_string(i * 31 % 100000);
+                ticket.bind(1, taquillas[static_cast<size_t>(i) % taquillas.size()]);
+                ticket.bind(2, std::string(hoy)).bind(3, std::string(hora)).bind(4, i + 1);
+                ticket.bind(5, serial);
+                ticket.ejecutar();
+                ticket.reiniciar();
+                const long long id = sqlite3_last_insert_rowid(db);
+                for (int j = 0; j < 3; ++j) {
+                    jugada.bind(1, id).bind(2, sorteo).bind(3, std::string(hoy));
+                    jugada.bind(4, std::string(hora)).bind(5, std::to_string((i + j) % 37));
+                    jugada.bind(6, 100LL * (1 + (i + j) % 9)).bind(7, i % 50 == 0 ? 1 : 0);
+                    jugada.bind(8, i % 70 == 0 ? 1 : 0);
+                    jugada.ejecutar();
+                    jugada.reiniciar();
+                }
+            }
+            t.confirmar();
+        });
+        const std::string consulta = std::string("&f=") + hoy + "&j=" + codigo;
+        const std::string plano = pedir(o, "monitorventas.php", consulta);
+        QCOMPARE(std::count(plano.begin(), plano.end(), '\n'), 60000L);
+        QVERIFY(plano.find(",A\xD1O") != std::string::npos);
+        QVERIFY(plano.find("\xC3") == std::string::npos);
+        // In order of time of sale, then ticket: the lines' times never go back.
+        const auto v = lineas(plano);
+        for (size_t i = 1; i < v.size(); ++i)
+            QVERIFY(partir(v[i - 1], ',')[1] <= partir(v[i], ',')[1]);
+
+        const Respuesta uno = o.responder("monitorventas.php", consulta, aqui, true);
+        QVERIFY(uno.gzip);
+        QVERIFY(uno.cuerpo.size() * 3 < plano.size());
+        QVERIFY(descomprimir(uno.cuerpo) == plano);
+        o.fijarJugadasParaDosHilos(2);
+        QVERIFY(pedir(o, "monitorventas.php", consulta) == plano);
+        const Respuesta dos = o.responder("monitorventas.php", consulta, aqui, true);
+        QVERIFY(dos.gzip);
+        QVERIFY(descomprimir(dos.cuerpo) == plano);
+        // Without gzip offered, or for a short list, the text as it is.
+        const Respuesta sinGzip = o.responder("monitorventas.php", consulta, aqui, false);
+        QVERIFY(!sinGzip.gzip);
+        QVERIFY(sinGzip.cuerpo == plano);
+        const Respuesta vacia =
+            o.responder("monitorventas.php", "&f=2030-01-01&j=" + codigo, aqui, true);
+        QVERIFY(!vacia.gzip);
+        QCOMPARE(vacia.cuerpo, std::string("\n"));
+        // Refused without a session, gzip or not.
+        QVERIFY(o.responder("monitorventas.php", consulta, otra, true).cuerpo.empty());
+
+        // The console's reader: Qt offers gzip itself and decodes the body.
+        httplib::Server http;
+        std::atomic<bool> qtOfreceGzip{false};
+        http.Get("/lista", [&](const httplib::Request &req, httplib::Response &res) {
+            // As the server does: the HTTP library must not compress the body again.
+            qtOfreceGzip =
+                req.get_header_value("Accept-Encoding").find("gzip") != std::string::npos;
+            const_cast<httplib::Headers &>(req.headers).erase("Accept-Encoding");
+            res.body = dos.cuerpo;
+            res.set_header("Content-Type", "text/plain; charset=ISO-8859-1");
+            res.set_header("Content-Encoding", "gzip");
+        });
+        const int puerto = http.bind_to_any_port("127.0.0.1");
+        QVERIFY(puerto > 0);
+        std::thread hilo([&] { http.listen_after_bind(); });
+        QNetworkAccessManager red;
+        QNetworkReply *r =
+            red.get(QNetworkRequest(QUrl(QStringLiteral("http://127.0.0.1:%1/lista").arg(puerto))));
+        QTRY_VERIFY_WITH_TIMEOUT(r->isFinished(), 60000);
+        const QByteArray leido = r->readAll();
+        const auto error = r->error();
+        delete r;
+        http.stop();
+        hilo.join();
+        QCOMPARE(error, QNetworkReply::NoError);
+        QVERIFY(qtOfreceGzip);
+        QVERIFY(leido == QByteArray::fromStdString(plano));
     }
 
     void ventasPorBanca()

@@ -186,6 +186,19 @@ private slots:
         // And a decompressing client reads the same text.
         Cliente normal(s);
         QVERIFY(normal.get("monitoragencias.php") == identidad->body);
+        // The sales list, compressed while it is read, likewise.
+        QCOMPARE(normal.get("validarUser.php?u=admin&p=tornavo1").substr(0, 2), std::string("1\n"));
+        const std::string ventas = "/Tornavo/TornavoSU/monitorventas.php?&f=2026-11-22&j=1-3:";
+        auto ventasTal =
+            c.http.Get(ventas.c_str(), httplib::Headers{{"Accept-Encoding", "identity"}});
+        auto ventasGzip = c.http.Get(ventas.c_str(), httplib::Headers{{"Accept-Encoding", "gzip"}});
+        QVERIFY(ventasTal && ventasGzip);
+        QVERIFY(lineasDe(ventasTal->body).size() > 100);
+        QVERIFY(!ventasTal->has_header("Content-Encoding"));
+        QCOMPARE(QString::fromStdString(ventasGzip->get_header_value("Content-Encoding")),
+                 QStringLiteral("gzip"));
+        QVERIFY(ventasGzip->body.size() * 3 < ventasTal->body.size());
+        QVERIFY(normal.get("monitorventas.php?&f=2026-11-22&j=1-3:") == ventasTal->body);
     }
 
     void detrasDeUnProxyInverso()
