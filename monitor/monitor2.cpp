@@ -151,6 +151,16 @@ void Monitor2::configurarTablas()
     ui->tableWidget->setModel(m_modelo);
     // Narrow columns (the number, the play count) keep the width they are given.
     ui->tableWidget->horizontalHeader()->setMinimumSectionSize(20);
+    // The headers do not mark the sections the selection touches: once the plays are sorted by
+    // another column, a number's plays are thousands of separate ranges, and Qt walks all of
+    // them (copying them) for every header section on every repaint. They paint from a
+    // selection of their own that stays empty; clicking a header still selects through the
+    // table.
+    for (QHeaderView *h :
+         {ui->tableWidget->horizontalHeader(), ui->tableWidget->verticalHeader()}) {
+        h->setHighlightSections(false);
+        h->setSelectionModel(new QItemSelectionModel(m_modelo, h));
+    }
     ui->tableWidget_bancas->horizontalHeader()->setMinimumSectionSize(20);
     anchos(ui->tableWidget, {100, 140, 65, 70, 30, 90, 70, 70});
     ui->tableWidget->setColumnHidden(ModeloJugadas::ColMontoOculto, true);

@@ -36,6 +36,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <vector>
 
 volatile long g_sumidero = 0;
 
@@ -261,6 +262,9 @@ int main(int argc, char **argv)
         // A click on a play of a number: the cell selected, then the slot, then the repaint.
         const auto clic = [&](int fila) {
             const QModelIndex celda = tabla->model()->index(fila, 4);
+            // A user clicks a row on screen: the table is scrolled there first, untimed.
+            tabla->scrollTo(celda, QAbstractItemView::PositionAtCenter);
+            QCoreApplication::processEvents();
             QElapsedTimer r;
             r.start();
             tabla->selectionModel()->select(celda, QItemSelectionModel::ClearAndSelect);
@@ -268,15 +272,33 @@ int main(int argc, char **argv)
             QCoreApplication::processEvents();
             return r.nsecsElapsed() / 1e6;
         };
-        c.clic = clic(tabla->model()->rowCount() / 2);
-        t.restart();
-        m.on_tableWidget_resumen_numeros_clicked(resumen->model()->index(3, 0));
-        QCoreApplication::processEvents();
-        c.resumen = t.nsecsElapsed() / 1e6;
+        // Each click figure is the median of five clicks on different rows (so on different
+        // numbers, each with its own share of the plays).
+        const auto mediana = [](std::vector<double> v) {
+            std::sort(v.begin(), v.end());
+            return v[v.size() / 2];
+        };
+        const int filas = tabla->model()->rowCount();
+        std::vector<double> veces;
+        for (int k = 1; k <= 5; ++k)
+            veces.push_back(clic(int(qint64(filas) * (2 * k - 1) / 10)));
+        c.clic = mediana(veces);
+        veces.clear();
+        for (int k = 0; k < 5; ++k) {
+            t.restart();
+            m.on_tableWidget_resumen_numeros_clicked(
+                resumen->model()->index((3 + 7 * k) % std::max(1, resumen->rowCount()), 0));
+            QCoreApplication::processEvents();
+            veces.push_back(t.nsecsElapsed() / 1e6);
+        }
+        c.resumen = mediana(veces);
         // The same after the user sorted the plays by agency (a number's plays scattered).
         tabla->horizontalHeader()->setSortIndicator(1, Qt::AscendingOrder);
         QCoreApplication::processEvents();
-        c.clicOrdenado = clic(tabla->model()->rowCount() / 3);
+        veces.clear();
+        for (int k = 1; k <= 5; ++k)
+            veces.push_back(clic(int(qint64(filas) * (2 * k - 1) / 10 + 1)));
+        c.clicOrdenado = mediana(veces);
         tabla->horizontalHeader()->setSortIndicator(4, Qt::AscendingOrder);
         QCoreApplication::processEvents();
         c.picoMb = pico ? estadoKb("VmHWM:") / 1024.0 : -1;
